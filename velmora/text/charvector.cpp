@@ -1,0 +1,149 @@
+#include <velmora/text/charvector.h>
+
+namespace {
+constexpr int kSmallest = 16;
+constexpr int kNext = 256;
+constexpr int kPage = 4096;
+constexpr int kLarge = 65536;
+}  // namespace
+
+int memory_recommend(int size) {
+    if (size <= kSmallest) return kSmallest;
+    int capacity = size < kPage ? kNext : size < kLarge ? kPage : kLarge;
+    // In unsigned arithmetic, so that a size beyond the limit wraps and is not undefined.
+    while (capacity < size) capacity = static_cast<int>(static_cast<unsigned>(capacity) * 2);
+    return capacity;
+}
+
+void CharVector::init(const char* s, std::size_t n) {
+    data = s && n != 0 ? strnew(s, n) : nullptr;
+    count = data ? static_cast<int>(n) : 0;
+    allocateCount = data ? count + 1 : 0;
+}
+
+CharVector& CharVector::operator=(const CharVector& s) {
+    if (this == &s) return *this;
+    clear();
+    init(s.data, static_cast<std::size_t>(s.count));
+    return *this;
+}
+
+CharVector& CharVector::operator=(const char* s) {
+    assign(s, s ? std::strlen(s) : 0);
+    return *this;
+}
+
+CharVector& CharVector::operator=(const ChPair& s) {
+    assign(s.begin, s.end);
+    return *this;
+}
+
+CharVector& CharVector::operator=(const ChArr& s) { return *this = static_cast<const char*>(s.data); }
+
+CharVector& CharVector::operator=(const std::string& s) {
+    assign(s.data(), s.size());
+    return *this;
+}
+
+void CharVector::assign(const char* s, std::size_t n) {
+    if (!s || n == 0) {
+        clear();
+        return;
+    }
+    if (data && n == static_cast<std::size_t>(count)) {
+        std::memmove(data, s, n);
+        return;
+    }
+    char* text = strnew(s, n);
+    delete[] data;
+    data = text;
+    count = static_cast<int>(n);
+    allocateCount = count + 1;
+}
+
+void CharVector::append(const char* s, std::size_t n) {
+    if (n == 0) return;
+    int need = count + static_cast<int>(n) + 1;
+    if (need <= allocateCount) {
+        std::memmove(data + count, s, n);
+    } else {
+        int capacity = memory_recommend(need);
+        char* text = new char[capacity];
+        if (count != 0) std::memcpy(text, data, static_cast<std::size_t>(count));
+        std::memcpy(text + count, s, n);  // before the old text goes: `s` may lie in it
+        delete[] data;
+        data = text;
+        allocateCount = capacity;
+    }
+    count += static_cast<int>(n);
+    data[count] = 0;
+}
+
+void CharVector::clear() {
+    delete[] data;
+    data = nullptr;
+    count = allocateCount = 0;
+}
+
+void CharVector::truncate() {
+    if (count != 0) cutTo(0);
+}
+
+void CharVector::cutTo(int n) {
+    if (count <= n) return;
+    count = n;
+    data[n] = 0;
+}
+
+char* CharVector::prepare(int n) {
+    if (n == 0) return data;
+    if (allocateCount <= n) {
+        char* text = new char[static_cast<std::size_t>(n) + 1];
+        delete[] data;
+        data = text;
+        allocateCount = n + 1;
+    }
+    count = n;
+    data[n] = 0;
+    return data;
+}
+
+char* CharVector::insert(int pos, int n) {
+    if (n <= 0 || pos < 0 || pos > count) return nullptr;
+    auto tail = static_cast<std::size_t>(count - pos);
+    int need = count + n + 1;
+    if (need > allocateCount) {
+        int capacity = memory_recommend(need);
+        char* text = new char[capacity];
+        if (pos != 0) std::memcpy(text, data, static_cast<std::size_t>(pos));
+        if (tail != 0) std::memcpy(text + pos + n, data + pos, tail);
+        delete[] data;
+        data = text;
+        allocateCount = capacity;
+    } else if (count != 0 && pos != count) {
+        // Downwards, over the gap that should open: callers were written against this.
+        std::memmove(data + pos, data + pos + n, tail);
+    }
+    count += n;
+    data[count] = 0;
+    return data + pos;
+}
+
+void CharVector::remove(int pos, int n) {
+    if (n <= 0 || pos < 0 || n > count - pos) return;
+    if (n == count) {
+        clear();
+        return;
+    }
+    int behind = pos + n;
+    if (behind != count) std::memmove(data + pos, data + behind, static_cast<std::size_t>(count - behind));
+    count -= n;
+    data[count] = 0;
+}
+
+char* CharVector::steal() {
+    char* text = data;
+    data = nullptr;
+    count = allocateCount = 0;
+    return text;
+}

@@ -1,0 +1,83 @@
+#include <velmora/text/chpair.h>
+
+#include <algorithm>
+
+#include <velmora/text/charr.h>
+#include <velmora/text/charvector.h>
+
+namespace {
+
+// Trims in two passes. The first is bounded by a byte that stops it and not by the end of the view.
+template <class IsTrimmed>
+void trim(ChPair& view, IsTrimmed isTrimmed) {
+    if (view.begin >= view.end) return;
+    while (isTrimmed(*view.begin)) ++view.begin;
+    while (view.end > view.begin && isTrimmed(view.end[-1])) --view.end;
+}
+
+}  // namespace
+
+ChPair::ChPair(const ChArr& s) : ChPair(static_cast<const char*>(s.data)) {}
+ChPair::ChPair(const CharVector& s) : ChPair(s.data, s.count) {}
+
+std::string& ChPair::std(std::string& out) const {
+    out.assign(begin ? begin : empty_string, size());
+    return out;
+}
+
+void ChPair::replace(char from, char to) { std::replace(begin, end, from, to); }
+
+void ChPair::trimSpaces() {
+    trim(*this, [](char c) { return c == ' '; });
+}
+
+void ChPair::trimWhite() {
+    trim(*this, [](char c) { return static_cast<unsigned char>(c) <= ' '; });
+}
+
+void ChPair::trimEOLN() {
+    if (end > begin && end[-1] == '\n') --end;
+    if (end > begin && end[-1] == '\r') --end;
+}
+
+void ChPair::trimQuotes(char open, char close) {
+    if (end - begin < 2 || *begin != open || end[-1] != close) return;
+    ++begin;
+    --end;
+}
+
+bool ChPair::split(ChPair& left, char c, ChPair& right) const {
+    const char* place = find(c);
+    if (!place) return false;
+    ChPair whole = *this;  // an output may be *this
+    left.assign(whole.begin, place);
+    right.assign(place + 1, whole.end);
+    return true;
+}
+
+bool ChPair::split_get(ChPair& left, char c, ChPair& right) const {
+    if (split(left, c, right)) return true;
+    ChPair whole = *this;
+    left = whole;
+    right.assign(whole.end, whole.end);
+    return false;
+}
+
+bool ChPair::split_line_get(ChPair& line, ChPair& rest) const {
+    ChPair left, right;
+    bool found = split_get(left, '\n', right);
+    if (found && left.end > left.begin && left.end[-1] == '\r') --left.end;
+    line = left;
+    rest = right;
+    return found;
+}
+
+ChPair ChPair::findLastExtension() const { return ChPair(strfind_last_extension(begin, end), end); }
+
+ChPair ChPair::findLastPathItem() const { return ChPair(strfind_last_path_item(begin, end), end); }
+
+ChPair ChPair::parsePath() const {
+    ChPair item = findLastPathItem();
+    if (const char* dot = strbchr(item.begin, item.end, '.')) item.end = const_cast<char*>(dot);
+    return item;
+}

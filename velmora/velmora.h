@@ -1,0 +1,11 @@
+// Every public header.
+#ifndef VELMORA_VELMORA_H
+#define VELMORA_VELMORA_H
+
+#include <velmora/base.h>
+#include <velmora/text/charr.h>
+#include <velmora/text/charvector.h>
+#include <velmora/text/chpair.h>
+#include <velmora/text/textutil.h>
+
+#endif
