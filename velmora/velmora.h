@@ -3,6 +3,7 @@
 #define VELMORA_VELMORA_H
 
 #include <velmora/base.h>
+#include <velmora/containers/vectors.h>
 #include <velmora/text/charr.h>
 #include <velmora/text/charvector.h>
 #include <velmora/text/chpair.h>
