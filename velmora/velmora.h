@@ -4,6 +4,11 @@
 
 #include <velmora/base.h>
 #include <velmora/containers/vectors.h>
+#include <velmora/files/utf8file.h>
+#include <velmora/localization/keys.h>
+#include <velmora/localization/loc.h>
+#include <velmora/serial/bag.h>
+#include <velmora/serial/ttt.h>
 #include <velmora/text/charr.h>
 #include <velmora/text/charvector.h>
 #include <velmora/text/chpair.h>

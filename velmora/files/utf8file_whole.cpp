@@ -1,0 +1,135 @@
+// The operations of UTF8File that take a file as one value. The static ones work on a throwing object of their own, so
+// that whatever is not thrown has succeeded.
+#include <algorithm>
+#include <new>
+
+#include <velmora/containers/vectors.h>
+#include <velmora/files/utf8file.h>
+#include <velmora/localization/keys.h>
+#include <velmora/serial/bag.h>
+#include <velmora/text/charr.h>
+#include <velmora/text/charvector.h>
+
+namespace {
+
+constexpr std::int64_t kCopyBuffer = 4096;
+constexpr int kNoSystemError = -1;
+
+void reportNoMemory(UTF8File& file) {
+    file.erro(VELMORA_DICT, LCA__Not_enough_memory_to_load_file, file.name.data, kNoSystemError);
+}
+
+// Runs what takes the memory for a file; that it runs out becomes the file's failure.
+template <class Allocate>
+bool allocated(UTF8File& file, Allocate allocate) {
+    try {
+        allocate();
+        return true;
+    } catch (const std::bad_alloc&) {
+    }
+    reportNoMemory(file);
+    return false;
+}
+
+// The road of every load. `allocate` takes the file's size and gives the place for its bytes, or null for none.
+template <class Allocate>
+std::uint64_t loadInto(const char* path, std::uint64_t limit, Allocate allocate) {
+    UTF8File file(true);
+    file.open(path, UTF8File::READ);
+    std::int64_t size = file.checkSize(static_cast<std::int64_t>(limit));
+    char* target = nullptr;
+    allocated(file, [&] { target = allocate(size); });
+    if (target) file.read(target, static_cast<int>(size));
+    file.close();  // here and not in the destructor, which would keep a failure to itself
+    return static_cast<std::uint64_t>(size);
+}
+
+void writeWhole(UTF8File& file, const void* data, std::uint64_t size) {
+    file.open(UTF8File::WRITE);
+    if (size != 0) file.write(data, static_cast<int>(size));
+    file.close();
+}
+
+}  // namespace
+
+std::uint64_t UTF8File::load(const char* path, ArrayHolder<char>& data, std::uint64_t limit, bool terminate) {
+    delete[] data.steal();
+    std::int64_t terminator = terminate ? 1 : 0;
+    return loadInto(path, limit, [&](std::int64_t size) {
+        if (size + terminator != 0) data.data = new char[static_cast<std::size_t>(size + terminator)];
+        if (terminate) data.data[size] = 0;
+        return data.data;
+    });
+}
+
+std::uint64_t UTF8File::load(const char* path, ChArr& text, std::uint64_t limit, bool terminate) {
+    ArrayHolder<char> block;
+    std::uint64_t size = load(path, block, limit, terminate);
+    text.del();
+    text.data = block.steal();
+    return size;
+}
+
+std::uint64_t UTF8File::load(const char* path, Bag& bag, std::uint64_t limit, bool terminate) {
+    ArrayHolder<char> block;
+    std::uint64_t size = load(path, block, limit, terminate);
+    bag.stealFrom(block.steal(), static_cast<int>(size));
+    return size;
+}
+
+std::uint64_t UTF8File::load(const char* path, std::string& text, std::uint64_t limit) {
+    text.clear();
+    return loadInto(path, limit, [&](std::int64_t size) {
+        text.resize(static_cast<std::size_t>(size));
+        return text.empty() ? nullptr : &text[0];
+    });
+}
+
+std::uint64_t UTF8File::load(const char* path, CharVector& text, std::uint64_t limit) {
+    text.clear();
+    return loadInto(path, limit, [&](std::int64_t size) { return text.prepare(static_cast<int>(size)); });
+}
+
+void UTF8File::save(const char* path, const void* data, std::uint64_t size) {
+    UTF8File file(path, true);
+    writeWhole(file, data, size);
+}
+
+void UTF8File::save(const char* path, const Bag& bag) { save(path, bag.data, static_cast<std::uint64_t>(bag.size)); }
+
+void UTF8File::safe_save(const char* path, const void* data, std::uint64_t size) {
+    UTF8File temporary(std::string(path) + ".tmp", true);
+    writeWhole(temporary, data, size);
+    UTF8File(path, true).remove();  // a rename does not replace its target
+    temporary.rename(path);
+}
+
+void UTF8File::safe_save(const char* path, const Bag& bag) {
+    safe_save(path, bag.data, static_cast<std::uint64_t>(bag.size));
+}
+
+bool UTF8File::push(Bag& bag) { return write(bag.size) && write(bag.data, bag.size); }
+
+bool UTF8File::pop(Bag& bag) {
+    int length;
+    if (!read(length)) return false;
+    if (length == 0) {
+        bag.clear();
+        return true;
+    }
+    ArrayHolder<char> block;
+    if (!allocated(*this, [&] { block.data = new char[length]; })) return false;
+    if (!read(block.data, length)) return false;
+    bag.stealFrom(block.steal(), length);
+    return true;
+}
+
+bool UTF8File::copy(UTF8File& destination, std::int64_t size) {
+    char buffer[kCopyBuffer];
+    while (size > 0) {
+        auto part = static_cast<int>(std::min(size, kCopyBuffer));
+        if (!read(buffer, part) || !destination.write(buffer, part)) return false;
+        size -= part;
+    }
+    return true;
+}

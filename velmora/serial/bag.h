@@ -1,0 +1,233 @@
+// A growing block of bytes with one cursor, for writing and reading. The usual life: write from the start,
+// toBegin(), read to the end with the same sequence of calls. Nothing in the block tells a type or a name.
+//
+//     Bag bag;
+//     bag << 7 << "seven";
+//     bag.toBegin();
+//     int number; const char* text;
+//     bag >> number >> text;
+//
+// Values are little-endian; short, int, 64-bit and double values are aligned to their width, counted from the start
+// of the content. Every write ends with size = cursor: writing in the middle cuts off what lay behind.
+// Failure: a read of what is not there throws Bag::Exception, and the content is as it was. Memory that runs out is
+// std::bad_alloc. Requires: contents stay below 1 GiB; growth beyond does not return.
+// Lifetime: a pointer into the block dies with the next growth, pack, clear or destruction.
+#ifndef VELMORA_SERIAL_BAG_H
+#define VELMORA_SERIAL_BAG_H
+
+#include <cstdint>
+#include <string>
+
+#include <velmora/base.h>
+#include <velmora/text/chpair.h>
+
+class ChArr;
+class CharVector;
+class MLDoc;
+template <class T>
+class StringVector;
+
+// A time in a Bag. Warning: the wire holds the low 32 bits, which come back as an unsigned number.
+class VELMORA_API BagTime {
+public:
+    std::int64_t value;  // seconds since 1970
+
+    BagTime() : value(0) {}
+    BagTime(std::int64_t seconds) : value(seconds) {}
+};
+
+class VELMORA_API Bag {
+public:
+    // What every failed operation throws. It says no more than that.
+    struct VELMORA_API Exception {};
+
+    char* data;      // owned block, from new[]; null when nothing is allocated
+    int bufferSize;  // bytes allocated
+    int cursor;      // place of the next read or write; not checked where it is set
+    int size;        // bytes of content
+
+    Bag() : data(nullptr), bufferSize(0), cursor(0), size(0) {}
+    Bag(const void* src, int n);  // a copy of `n` bytes, cursor 0
+    Bag(const Bag& s);            // a block of the exact size, the cursor copied; all zero from an empty source
+    ~Bag() { delete[] data; }
+    void operator=(const Bag& s);
+
+    // Releases the block; empties and keeps the block; cuts the content (Throws: for `n` above the size).
+    void clear();
+    void truncate() { cursor = size = 0; }
+    void truncateTo(int n);
+
+    // Hands out the block, null when there is no content. Owns: the caller, by delete[].
+    char* steal(int& outSize);
+    // Takes the other's block and fields without a copy.
+    void stealFrom(Bag& src);
+    // Takes a block from new[], with the cursor at 0. A negative `allocated` means the size.
+    void stealFrom(char* block, int newSize, int allocated = -1);
+    // Takes the text that a document has loaded.
+    void stealFrom(MLDoc& doc);
+
+    // Equal content; cursors play no part.
+    bool operator==(const Bag& s) const;
+    bool operator!=(const Bag& s) const { return !(*this == s); }
+    operator ChPair() const { return ChPair(data, data + size); }
+
+    char* getData() const { return data; }
+    int getSize() const { return size; }
+    int getBufferSize() const { return bufferSize; }
+    bool empty() const { return size == 0; }
+    bool isEmpty() const { return size == 0; }
+
+    int tell() const { return cursor; }
+    char* ptr() const { return data + cursor; }
+    // Set the cursor, unchecked.
+    void to(int n) { cursor = n; }
+    void pass(int n) { cursor += n; }
+    void back(int n) { cursor -= n; }
+    void toBegin() { cursor = 0; }
+    void toEnd() { cursor = size; }
+    bool end() const { return cursor >= size; }
+    // Negative when the cursor lies beyond the content.
+    int getRestSize() const { return static_cast<int>(static_cast<unsigned>(size) - static_cast<unsigned>(cursor)); }
+
+    // Raw bytes at the cursor. The pointer forms give the place in the block, for the caller to fill or to read.
+    void putData(const void* src, int n);
+    char* putDataPtr(int n);
+    void getData(void* dst, int n);
+    char* getDataPtr(int n);
+
+    // The same at the next multiple of `align`, a power of two. A gap at the end of the content is written as zeros.
+    // After a failed read the cursor stays aligned.
+    void putDataAligned(const void* src, int n, int align);
+    char* putDataPtrAligned(int n, int align);
+    char* putDataPtrAligned(int n) { return putDataPtrAligned(n, n); }
+    void getDataAligned(void* dst, int n, int align);
+    char* getDataPtrAligned(int n, int align);
+    char* getDataPtrAligned(int n) { return getDataPtrAligned(n, n); }
+
+    // Opens `n` bytes at `at`, uncleared; a cursor at or behind `at` moves along. Returns: data + at.
+    // Requires: 0 <= at <= size, n >= 0.
+    void* insSpace(int at, int n);
+    // Removes `n` bytes at `at`. Warning: a cursor at or behind `at` moves back by all of `n`, even below 0.
+    // Throws: when the range leads outside the content.
+    void delSpace(int at, int n);
+
+    // Make the block hold `n` bytes; `n` bytes from the cursor on; exactly `n` bytes; exactly the content.
+    // A block of 0 bytes is released, and the cursor goes to 0.
+    void expand(int n);
+    void reserve(int n);
+    void setBufferSize(int n);
+    void pack() { setBufferSize(size); }
+
+    // A block is a 32-bit length and that many bytes. Writing: keep the mark that the first gives, write, pass it to
+    // the second. Marks nest.
+    int markBeginOfBlock();
+    void markEndOfBlock(int mark);
+    // Reading: beginBlock narrows the content to the block and gives the size to restore. endBlock throws unless
+    // all of the block was read; passBlock skips what was not.
+    int beginBlock();
+    void endBlock(int savedSize);
+    void passBlock(int savedSize);
+
+    void putChar(char v);
+    void putUChar(unsigned char v) { putChar(static_cast<char>(v)); }
+    void putBool(bool v) { putChar(static_cast<char>(v)); }
+    void putShort(short v);
+    void putUShort(unsigned short v) { putShort(static_cast<short>(v)); }
+    void putLong(int v);  // 32 bits
+    void putULong(unsigned v) { putLong(static_cast<int>(v)); }
+    void putLongLong(std::int64_t v);
+    void putULongLong(std::uint64_t v) { putLongLong(static_cast<std::int64_t>(v)); }
+    void putDouble(double v);
+
+    char getChar();
+    unsigned char getUChar() { return static_cast<unsigned char>(getChar()); }
+    // Warning: the byte as it was found; one that is neither 0 nor 1 makes a bool that is neither.
+    bool getBool();
+    short getShort();
+    unsigned short getUShort() { return static_cast<unsigned short>(getShort()); }
+    int getLong();  // 32 bits
+    unsigned getULong() { return static_cast<unsigned>(getLong()); }
+    std::int64_t getLongLong();
+    std::uint64_t getULongLong() { return static_cast<std::uint64_t>(getLongLong()); }
+    double getDouble();
+
+    // Text with a terminator behind it; null is empty. Warning: a std::string with a zero byte inside goes out whole
+    // and reads back as two things.
+    void putString(const char* s);
+    void putString(const std::string& s) { putData(s.c_str(), static_cast<int>(s.size()) + 1); }
+    void putString(const CharVector& s);
+    // Text without a terminator; null is nothing.
+    void putStringNZ(const char* s) { putStringNZ(ChPair(s)); }
+    void putStringNZ(const std::string& s) { putStringNZ(ChPair(s)); }
+    void putStringNZ(const ChPair& s) { putData(s.begin, s.len()); }
+    void putStringNZ(const CharVector& s) { putStringNZ(ChPair(s)); }
+    // By the rules of printf, without a terminator. Limit: 4,096 bytes.
+    void putFormatStringNZ(const char* format, ...) VELMORA_PRINTF(2, 3);
+
+    // Read a terminated text: a copy, or the place in the block.
+    void getString(std::string& out);
+    char* getStringPtr() { return getStringAsPair().begin; }
+    ChPair getStringAsPair();
+
+    Bag& operator<<(char v) { return putChar(v), *this; }
+    Bag& operator<<(unsigned char v) { return putUChar(v), *this; }
+    Bag& operator<<(bool v) { return putBool(v), *this; }
+    Bag& operator<<(short v) { return putShort(v), *this; }
+    Bag& operator<<(unsigned short v) { return putUShort(v), *this; }
+    Bag& operator<<(int v) { return putLong(v), *this; }
+    Bag& operator<<(unsigned v) { return putULong(v), *this; }
+    Bag& operator<<(std::int64_t v) { return putLongLong(v), *this; }
+    Bag& operator<<(std::uint64_t v) { return putULongLong(v), *this; }
+#ifdef VELMORA_LP64
+    Bag& operator<<(long long v) { return putLongLong(v), *this; }
+    Bag& operator<<(unsigned long long v) { return putULongLong(v), *this; }
+#endif
+    Bag& operator<<(double v) { return putDouble(v), *this; }
+    Bag& operator<<(const BagTime& v) { return putLong(static_cast<int>(v.value)), *this; }
+    // As putString.
+    Bag& operator<<(const char* s) { return putString(s), *this; }
+    Bag& operator<<(const ChArr& s);
+    Bag& operator<<(const std::string& s) { return putString(s), *this; }
+    Bag& operator<<(const CharVector& s) { return putString(s), *this; }
+    // A 32-bit length and the bytes, without a terminator: not what a terminated reader reads.
+    Bag& operator<<(const ChPair& s);
+    // A 32-bit length and the content; the inner cursor does not travel.
+    Bag& operator<<(const Bag& inner);
+    // A 32-bit count, and per item a 32-bit field (0 for null, else length + 1) and the bytes.
+    Bag& operator<<(const StringVector<char>& v);
+
+    Bag& operator>>(char& v) { return v = getChar(), *this; }
+    Bag& operator>>(unsigned char& v) { return v = getUChar(), *this; }
+    Bag& operator>>(bool& v);
+    Bag& operator>>(short& v) { return v = getShort(), *this; }
+    Bag& operator>>(unsigned short& v) { return v = getUShort(), *this; }
+    Bag& operator>>(int& v) { return v = getLong(), *this; }
+    Bag& operator>>(unsigned& v) { return v = getULong(), *this; }
+    Bag& operator>>(std::int64_t& v) { return v = getLongLong(), *this; }
+    Bag& operator>>(std::uint64_t& v) { return v = getULongLong(), *this; }
+#ifdef VELMORA_LP64
+    Bag& operator>>(long long& v) { return v = getLongLong(), *this; }
+    Bag& operator>>(unsigned long long& v) { return v = getULongLong(), *this; }
+#endif
+    Bag& operator>>(double& v) { return v = getDouble(), *this; }
+    Bag& operator>>(BagTime& v) { return v.value = getULong(), *this; }
+    // Terminated text, copied; the pointers are places in the block.
+    Bag& operator>>(std::string& s) { return getString(s), *this; }
+    Bag& operator>>(ChArr& s);
+    Bag& operator>>(CharVector& s);
+    Bag& operator>>(char*& s) { return s = getStringPtr(), *this; }
+    Bag& operator>>(const char*& s) { return s = getStringPtr(), *this; }
+    // Warning: believes the length that it reads. A corrupt one gives a view that leads outside the block, and a
+    // cursor beyond it; for bytes from outside read a Bag instead.
+    Bag& operator>>(ChPair& s);
+    // The target is emptied before the read can fail; its cursor ends at 0.
+    Bag& operator>>(Bag& inner);
+    // Items that were read before a failure stay in the target.
+    Bag& operator>>(StringVector<char>& v);
+
+private:
+    bool readable(int n) const;
+    void align(int to);
+};
+
+#endif

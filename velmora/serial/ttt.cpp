@@ -1,0 +1,86 @@
+#include <velmora/serial/ttt.h>
+
+#include <velmora/text/charr.h>
+#include <velmora/text/charvector.h>
+
+const int TTT::RAW;
+const int TTT::DICT;
+const int TTT::DATA;
+
+TTT::ParamSource::~ParamSource() = default;
+
+// Every assignment builds the new message first, so that a source inside the old one is safe.
+TTT& TTT::operator=(const char* text) { return *this = TTT(text); }
+TTT& TTT::operator=(const ChArr& text) { return *this = TTT(text); }
+TTT& TTT::operator=(const std::string& text) { return *this = TTT(text); }
+TTT& TTT::operator=(const CharVector& text) { return *this = TTT(text); }
+TTT& TTT::operator=(const ChPair& text) { return *this = TTT(text); }
+TTT& TTT::operator=(const Bag& encoded) { return *this = TTT(encoded); }
+TTT& TTT::assign(LocDictionaryId dictionary, int id) { return *this = TTT(dictionary, id); }
+
+TTT& TTT::operator=(const TTT& s) {
+    if (this == &s) return *this;
+    TTT copy(s);
+    data.stealFrom(copy.data);
+    return *this;
+}
+
+TTT& TTT::operator=(TTT&& s) noexcept {
+    data.stealFrom(s.data);
+    return *this;
+}
+
+TTT& TTT::operator<=(const Bag& encoded) {
+    if (encoded.isEmpty()) return *this;
+    if (&encoded == &data) return *this <= Bag(encoded);
+    data.putDataAligned(encoded.data, encoded.size, 4);
+    return *this;
+}
+
+void TTT::putSpecial(const void* src, int n) {
+    data << static_cast<int>(DATA) << n;
+    data.putData(src, n);
+}
+
+TTT& TTT::putText(const ChPair& text) {
+    data.putStringNZ(text);
+    data.putChar(0);
+    return *this;
+}
+
+TTT& TTT::putTaggedText(const ChPair& text) {
+    data << static_cast<int>(PARAM_STRING);
+    return putText(text);
+}
+
+TTT& TTT::putRaw(const ChPair& text) {
+    data << static_cast<int>(RAW);
+    return putText(text);
+}
+
+TTT& TTT::putPairForm(const ChPair& text) {
+    data << static_cast<int>(RAW) << text;
+    return *this;
+}
+
+bool TTT::getIds(int* dict, int* id) const {
+    if (dict) *dict = 0;
+    if (id) *id = -1;
+    if (data.isEmpty()) return false;
+    int savedCursor = data.tell();
+    data.toBegin();
+    bool read = true;
+    try {
+        int tag = data.getLong();
+        if (tag == DICT) {
+            int dictionary = data.getLong();
+            if (dict) *dict = dictionary;
+            int text = data.getLong();
+            if (id) *id = text;
+        }
+    } catch (const Bag::Exception&) {
+        read = false;
+    }
+    data.to(savedCursor);
+    return read;
+}

@@ -1,0 +1,251 @@
+// Rendering: the walk over the segments of a message and the reader of templates, one engine for both kinds of result.
+// A rendering ends in one of three ways: at the end of the message; by a stop, at something that makes no sense; or by
+// an exception, of which a read beyond the end is the usual one. None of them reaches the caller.
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include <velmora/localization/loc.h>
+#include <velmora/serial/ttt.h>
+#include <velmora/text/charvector.h>
+#include <velmora/text/timetext.h>
+
+namespace {
+
+constexpr int kDictionaries = 6;
+constexpr int kPositionalMax = 32;
+constexpr int kNumberMax = 21;  // bytes of a 64-bit number and its terminator
+
+void appendText(std::string& out, const char* s, std::size_t n) { out.append(s, n); }
+void appendText(CharVector& out, const char* s, std::size_t n) { out.append(s, n); }
+void clearText(std::string& out) { out.clear(); }
+void clearText(CharVector& out) { out.clear(); }
+void callHook(const char* text, std::string& out) { TTT::translate_custom_std_string(text, out); }
+void callHook(const char* text, CharVector& out) { TTT::translate_custom_char_vector(text, out); }
+
+// The text of a reference, or null for a bad one: a number out of range, or a dictionary that has no texts (yet).
+// The count comes from the registered table whatever loaders are used.
+const char* lookUp(IDLocLoader** loaders, int dictionary, int id) {
+    if (dictionary < 0 || dictionary >= kDictionaries) return nullptr;
+    const IDLocLoader* loader = loaders[dictionary];
+    const IDLocLoader::Localization* table = TTT::localizations[dictionary];
+    if (!loader || !loader->strings || !table) return nullptr;
+    if (id < 0 || id >= table->count) return nullptr;
+    return (*loader)[id];
+}
+
+template <class Result>
+class Rendering {
+public:
+    Rendering(Bag& message, IDLocLoader** loaders, Result& out) : bag_(message), loaders_(loaders), out_(out) {
+        scratch_[0] = 0;
+    }
+
+    // Returns: false at a stop, with the cursor where the reading ended.
+    bool run() {
+        bag_.toBegin();
+        while (bag_.tell() < bag_.getSize()) {
+            const char* text = nullptr;
+            switch (bag_.getLong()) {
+                case TTT::DICT:
+                    text = readReference();
+                    break;
+                case TTT::RAW:
+                    text = bag_.getStringPtr();
+                    break;
+                case TTT::DATA: {
+                    int length = bag_.getLong();
+                    // A length that leads out of the message ends it, as a missing value does.
+                    bag_.getDataPtr(length);
+                    continue;
+                }
+                default:
+                    break;
+            }
+            if (!text || !renderTemplate(text)) return false;
+        }
+        return true;
+    }
+
+private:
+    Bag& bag_;
+    IDLocLoader** loaders_;
+    Result& out_;
+    char scratch_[512];  // the number, address or date that was formatted last
+    const char* positional_[kPositionalMax];
+    char positionalNumbers_[kPositionalMax][kNumberMax];
+    int positionalCount_ = 0;
+
+    void append(const char* s) { appendText(out_, s, std::strlen(s)); }
+
+    const char* readReference() {
+        int dictionary = bag_.getLong();
+        int id = bag_.getLong();
+        return lookUp(loaders_, dictionary, id);
+    }
+
+    template <class Value>
+    bool appendNumber(const char* format, Value value) {
+        std::snprintf(scratch_, sizeof scratch_, format, value);
+        return appendScratch();
+    }
+
+    bool appendScratch() {
+        append(scratch_);
+        return true;
+    }
+
+    bool renderTemplate(const char* p) {
+        positionalCount_ = 0;
+        while (const char* percent = std::strchr(p, '%')) {
+            appendText(out_, p, static_cast<std::size_t>(percent - p));
+            p = percent + 1;
+            if (!renderPlaceholder(p)) return false;
+        }
+        append(p);
+        return true;
+    }
+
+    // `p` stands on the byte behind the percent sign, and afterwards behind the placeholder. Returns: false at a stop.
+    bool renderPlaceholder(const char*& p) {
+        switch (*p++) {
+            case '%':
+                appendText(out_, "%", 1);
+                return true;
+            case 'd':
+                return appendNumber("%d", bag_.getLong());
+            case 'u':
+                return appendNumber("%u", bag_.getULong());
+            case 'x':
+                return appendNumber("%x", bag_.getULong());
+            case 'X':
+                return appendNumber("%X", bag_.getULong());
+            case 'f':
+                return appendNumber("%f", bag_.getDouble());
+            case 'l':
+                return renderLong(p);
+            case 'A':
+                return renderAddress(bag_.getULong());
+            case 'D':
+                return renderTime(&sprintf_date);
+            case 'T':
+                return renderTime(&sprintf_date_time);
+            case 's':
+                append(bag_.getStringPtr());
+                return true;
+            case 'C':
+                callHook(bag_.getStringPtr(), out_);
+                return true;
+            case 'i':
+                return renderReference();
+            case '{':
+                return renderPositional(p);
+            default:
+                return false;
+        }
+    }
+
+    // One `l` has been read; a second one may follow. Behind an unknown letter the last formatted text shows again.
+    bool renderLong(const char*& p) {
+        if (*p == 'l') ++p;
+        if (*p == 0) return false;
+        switch (*p++) {
+            case 'd':
+                return appendNumber("%lld", static_cast<long long>(bag_.getLongLong()));
+            case 'u':
+                return appendNumber("%llu", static_cast<unsigned long long>(bag_.getULongLong()));
+            case 'x':
+                return appendNumber("%llx", static_cast<unsigned long long>(bag_.getULongLong()));
+            case 'X':
+                return appendNumber("%llX", static_cast<unsigned long long>(bag_.getULongLong()));
+            default:
+                return appendScratch();
+        }
+    }
+
+    bool renderAddress(unsigned v) {
+        std::snprintf(scratch_, sizeof scratch_, "%u.%u.%u.%u", v >> 24, (v >> 16) & 0xFF, (v >> 8) & 0xFF, v & 0xFF);
+        return appendScratch();
+    }
+
+    bool renderTime(bool (*format)(std::int64_t, char*, int)) {
+        format(bag_.getULong(), scratch_, sizeof scratch_);
+        return appendScratch();
+    }
+
+    bool renderReference() {
+        const char* text = readReference();
+        if (!text) return false;
+        append(text);
+        return true;
+    }
+
+    // Behind the brace: one digit and a brace, or two digits and one byte of any kind.
+    bool renderPositional(const char*& p) {
+        if (p[0] == 0 || p[1] == 0) return false;
+        int number = static_cast<signed char>(p[0]) - '0';
+        if (p[1] == '}') {
+            p += 2;
+        } else {
+            number = number * 10 + static_cast<signed char>(p[1]) - '0';
+            if (p[2] == 0) return false;
+            p += 3;
+        }
+        int index = number - 1;
+        if (index < 0 || index >= kPositionalMax) return false;
+        while (index >= positionalCount_) {
+            if (!readPositional()) return false;
+        }
+        append(positional_[index]);
+        return true;
+    }
+
+    bool readPositional() {
+        char* number = positionalNumbers_[positionalCount_];
+        const char* text = number;
+        switch (bag_.getLong()) {
+            case TTT::PARAM_INT:
+                std::snprintf(number, kNumberMax, "%d", bag_.getLong());
+                break;
+            case TTT::PARAM_UINT:
+                std::snprintf(number, kNumberMax, "%u", bag_.getULong());
+                break;
+            case TTT::PARAM_INT64:
+                std::snprintf(number, kNumberMax, "%lld", static_cast<long long>(bag_.getLongLong()));
+                break;
+            case TTT::PARAM_UINT64:
+                std::snprintf(number, kNumberMax, "%llu", static_cast<unsigned long long>(bag_.getULongLong()));
+                break;
+            case TTT::PARAM_STRING:
+                text = bag_.getStringPtr();
+                break;
+            default:
+                return false;
+        }
+        positional_[positionalCount_++] = text;
+        return true;
+    }
+};
+
+// A stop leaves the cursor where it is; every other end brings it back. Errors are rendered while something else has
+// gone wrong already, so nothing may leave.
+template <class Result>
+void render(Bag& message, IDLocLoader** loaders, Result& out) {
+    int savedCursor = message.tell();
+    try {
+        clearText(out);
+        if (!Rendering<Result>(message, loaders, out).run()) return;
+    } catch (...) {
+    }
+    message.to(savedCursor);
+}
+
+}  // namespace
+
+constinit decltype(TTT::translate_custom_std_string) TTT::translate_custom_std_string = nullptr;
+constinit decltype(TTT::translate_custom_char_vector) TTT::translate_custom_char_vector = nullptr;
+
+void TTT::translate(std::string& out) const { translate(out, dictionaries); }
+void TTT::translate(std::string& out, IDLocLoader** loaders) const { render(data, loaders, out); }
+void TTT::translate(CharVector& out) const { translate(out, dictionaries); }
+void TTT::translate(CharVector& out, IDLocLoader** loaders) const { render(data, loaders, out); }
