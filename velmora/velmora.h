@@ -7,6 +7,7 @@
 #include <velmora/files/utf8file.h>
 #include <velmora/localization/keys.h>
 #include <velmora/localization/loc.h>
+#include <velmora/markup/mldoc.h>
 #include <velmora/serial/bag.h>
 #include <velmora/serial/ttt.h>
 #include <velmora/text/charr.h>

@@ -1,0 +1,213 @@
+#include <velmora/markup/mldoc.h>
+
+#include <cstring>
+
+#include <velmora/files/utf8file.h>
+#include <velmora/localization/keys.h>
+#include <velmora/serial/bag.h>
+#include <velmora/serial/ttt.h>
+
+namespace {
+
+constexpr std::uint32_t kMostBytes = 100000000;
+constexpr int kTabWidth = 4;
+constexpr int kUtf8 = 8;
+constexpr int kWindows1251 = 1251;
+
+// Always throws.
+void refuse(const char* name, int key) { UTF8File(true).erro(VELMORA_DICT, key, name, -1); }
+
+// Releases what a document holds unless the load goes through, so that a refused one holds nothing.
+class LoadGuard {
+public:
+    explicit LoadGuard(MLDoc& doc) : doc_(&doc) {}
+    LoadGuard(const LoadGuard&) = delete;
+    void operator=(const LoadGuard&) = delete;
+    ~LoadGuard() {
+        if (doc_) doc_->release();
+    }
+    void done() { doc_ = nullptr; }
+
+private:
+    MLDoc* doc_;
+};
+
+}  // namespace
+
+const char* const MLDocBase::formatName[3] = {"XML", "JSON", "YAML"};
+
+const std::uint64_t MLDoc::TokenNameMax;
+const std::uint64_t MLDoc::AttributeNameMax;
+
+MLDoc::MLDoc()
+    : length(0),
+      position(0),
+      buffer(nullptr),
+      cachedLine(1),
+      cachedColumn(1),
+      cachedOffset(0),
+      format(Unknown),
+      codePage(kUtf8),
+      yamlValueKind(0),
+      yamlItem(false),
+      yamlLevel(-1),
+      yamlIndentUnit(-1),
+      yamlState(-1) {}
+
+MLDoc::~MLDoc() { delete[] buffer; }
+
+void MLDoc::warnSuspiciousAttribute(const Token*, const Attribute*) const {}
+
+void MLDoc::load(const char* path) {
+    xml_char_classes_prepare();
+    release();
+    fileName = path;
+    ArrayHolder<char> block;
+    length = static_cast<std::uint32_t>(UTF8File::load(path, block, kMostBytes, false));
+    buffer = block.steal();
+    LoadGuard guard(*this);
+    guessFormat(path);
+    guard.done();
+}
+
+void MLDoc::load(const char* name, const char* data, int size) {
+    xml_char_classes_prepare();
+    release();
+    length = static_cast<std::uint32_t>(size);
+    fileName = name;
+    if (length > kMostBytes) return refuse(name, LCA__Too_big_file);
+    buffer = new char[length];
+    if (length != 0) std::memcpy(buffer, data, length);
+    LoadGuard guard(*this);
+    guessFormat(name);
+    guard.done();
+}
+
+void MLDoc::load(const char* name, Bag& bag) {
+    xml_char_classes_prepare();
+    release();
+    if (bag.size > static_cast<int>(kMostBytes)) return refuse(name, LCA__Too_big_file);
+    fileName = name;
+    int size;
+    buffer = bag.steal(size);
+    length = static_cast<std::uint32_t>(size);
+    LoadGuard guard(*this);
+    guessFormat(name);
+    guard.done();
+}
+
+void MLDoc::release() {
+    if (!buffer) return;
+    delete[] buffer;
+    buffer = nullptr;
+    position = 0;
+    cachedLine = cachedColumn = 1;
+    cachedOffset = 0;
+}
+
+char* MLDoc::steal(int& size) {
+    size = static_cast<int>(length);
+    char* block = buffer;
+    buffer = nullptr;
+    return block;
+}
+
+void MLDoc::guessFormat(const char* name) {
+    auto startsWith = [this](const char* bytes, std::uint32_t n) {
+        return length >= n && std::memcmp(buffer, bytes, n) == 0;
+    };
+    if (startsWith("\xEF\xBB\xBF", 3)) {
+        position += 3;
+    } else if (startsWith("\xFE\xFF", 2) || startsWith("\xFF\xFE", 2)) {
+        return refuse(name, LCA__UTF_16_BOM_is_not_supported);
+    }
+    // After a steal the cursor may lie anywhere.
+    if (position > length || length - position < 3) return refuse(name, LCA__Too_short_file);
+    const char* p = buffer + position;
+    if (*p == '{') {
+        format = JSON;
+        openNames.removeAll();
+        openNames.prepare(1);
+        openNames[0].clear();
+    } else if (*p == '<') {
+        format = XML;
+        if (p[1] == '?') {
+            readDeclaration(name);
+        } else {
+            codePage = kUtf8;
+        }
+    } else if (std::memcmp(p, "---", 3) == 0) {
+        position += 3;
+        if (position < length && buffer[position] == '\r') ++position;
+        if (position < length && buffer[position] == '\n') ++position;
+        yamlIndentUnit = yamlState = 0;
+        format = YAML;
+        openNames.removeAll();
+    } else {
+        refuse(name, LCA__Unknown_text_format);
+    }
+}
+
+// Without an encoding the code page stays what it was.
+void MLDoc::readDeclaration(const char* name) {
+    Token token;
+    if (!step_xml(token) || token.kind != 1) return refuse(name, LCA__XML_header_is_not_found_or);
+    Attribute attribute;
+    while (attribute_xml(token, attribute)) {
+        if (attribute.name != "encoding") continue;
+        if (attribute.value.equal_i_ascii("utf-8")) {
+            codePage = kUtf8;
+        } else if (attribute.value.equal_i_ascii("windows-1251")) {
+            codePage = kWindows1251;
+        } else {
+            refuse(name, LCA__Specified_encoding_is_not);
+        }
+    }
+}
+
+bool MLDoc::step(Token& token) { return step_xml(token); }
+
+bool MLDoc::attribute(const Token& token, Attribute& attribute) { return attribute_xml(token, attribute); }
+
+unsigned MLDoc::passAttributes(const Token& token) const {
+    return format == XML ? static_cast<unsigned>(token.body.end - buffer) : position;
+}
+
+void MLDoc::getPosition(int& line, int& column) const {
+    line = column = 1;
+    if (position == 0 || position == length || !buffer) return;
+    std::uint32_t offset = 0;
+    if (position >= cachedOffset) {
+        line = cachedLine;
+        column = cachedColumn;
+        offset = cachedOffset;
+    }
+    if (offset == 0 && length >= 3 && std::memcmp(buffer, "\xEF\xBB\xBF", 3) == 0) offset = 3;
+    for (; offset < position; ++offset) {
+        auto c = static_cast<unsigned char>(buffer[offset]);
+        if (c == '\t') {
+            column = (column - 1) / kTabWidth * kTabWidth + kTabWidth + 1;
+        } else if (c == '\n') {
+            ++line;
+            column = 1;
+        } else if (c != '\r' && (c & 0xC0) != 0x80) {
+            ++column;
+        }
+    }
+    cachedOffset = position;
+    cachedLine = line;
+    cachedColumn = column;
+}
+
+void MLDoc::formMessage(TTT& message) const {
+    if (!fileName.empty()) {
+        message.append(VELMORA_DICT, LCA__Path_s);
+        message < fileName;
+    }
+    if (position != 0) {
+        int line, column;
+        getPosition(line, column);
+        message.append(VELMORA_DICT, LCA__Line_d_Column_d);
+        message < line < column;
+    }
+}

@@ -1,0 +1,193 @@
+// One pull reader for XML, JSON and YAML: the document lies in one block, a stepper moves a cursor through it, and
+// the caller pulls a token at a time. Names and values are views into the block, as they stand there; convertEscape
+// decodes them. There is no tree and no callback.
+//
+//     MLDoc doc;
+//     doc.load("settings.xml");
+//     MLDoc::Token token;
+//     MLDoc::ChildIterator items(&doc, token);
+//     while (items("item")) {
+//         MLDoc::Attribute attribute;
+//         MLDoc::AttributeIterator attributes(&doc, token);
+//         while (attributes(attribute)) use(attribute.name, attribute.value);
+//     }
+//
+// What is read is a deliberately small XML: tags, attributes in double quotes, comments and declarations. No DTD, no
+// CDATA, no namespaces, no entity but the five, and an end tag's name is not compared with anything.
+//
+// Failure: a malformed document throws a TTT that holds the key alone. Call formMessage to add file and place; the
+// walk is not resumed. Lifetime: views stay valid until release, steal, the next load or destruction.
+// Threads: a document and its tokens belong to one thread; reading attributes writes into the block.
+#ifndef VELMORA_MARKUP_MLDOC_H
+#define VELMORA_MARKUP_MLDOC_H
+
+#include <cstdint>
+#include <string>
+
+#include <velmora/base.h>
+#include <velmora/containers/vectors.h>
+#include <velmora/text/charr.h>
+#include <velmora/text/chpair.h>
+
+class Bag;
+class CharVector;
+class TTT;
+
+class VELMORA_API MLDocBase {
+public:
+    enum Format {
+        XML = 0,
+        JSON = 1,
+        YAML = 2,
+        Unknown = 3,  // nothing has been loaded
+        HTML = 5,     // only written; escapes are those of XML
+        CSV = 6       // only written
+    };
+
+    static const char* const formatName[3];  // of XML, JSON and YAML, by value
+};
+
+class VELMORA_API MLDoc : public MLDocBase {
+public:
+    // Bounds of names in XML: a tag's may have 510 bytes, an attribute's 511.
+    static const std::uint64_t TokenNameMax = 512;
+    static const std::uint64_t AttributeNameMax = 512;
+
+    // The cursor of a walk, owned by the caller. One token serves a whole walk.
+    struct VELMORA_API Token {
+        ChPair name;           // not set for comments and declarations: the previous name stays
+        ChPair body;           // XML: the tag, '<' to '>'. A null begin marks a token that was never stepped
+        int kind = 0;          // 0 ordinary; 1 XML declaration; 2 XML comment or other "<!" construct
+        int level = 0;         // depth after this token
+        bool opening = false;  // begins an element
+        bool closing = false;  // ends an element; both: a self-closed one, XML only
+    };
+
+    struct VELMORA_API Attribute {
+        ChPair name;
+        ChPair value;
+
+        operator const ChPair&() const { return value; }
+    };
+
+    // Delivers the direct children of a token, or the outermost tokens when the token was never stepped. Everything
+    // deeper is passed over, so a child need not be walked, and an inner walk may be left early.
+    class VELMORA_API ChildIterator {
+    public:
+        int level;                    // depth at which children are sought; negative when the walk is over
+        std::uint32_t startPosition;  // where the parent's inside starts
+        Token* token;                 // not owned
+        MLDoc* doc;                   // not owned
+
+        ChildIterator(MLDoc* document, Token& parent);
+
+        // Steps to the next child (of this name). Returns: false behind the last.
+        // Throws: LCA__Closing_tag_not_found at the end of the document inside an element, with the document's
+        // position moved back to where that element starts.
+        bool operator()();
+        bool operator()(const ChPair& name);
+        bool operator()(const char* name) { return (*this)(ChPair(name)); }
+    };
+
+    // Delivers the attributes of a token. For XML the destructor puts the cursor behind the tag.
+    class VELMORA_API AttributeIterator {
+    public:
+        MLDoc* doc;          // not owned
+        const Token* token;  // not owned
+
+        AttributeIterator(MLDoc* document, const Token& owner);
+        ~AttributeIterator();
+
+        bool operator()(Attribute& attribute);
+        bool operator()(Attribute& attribute, const ChPair& name);
+        bool operator()(Attribute& attribute, const char* name) { return (*this)(attribute, ChPair(name)); }
+    };
+
+    std::uint32_t length;            // bytes in `buffer`
+    std::uint32_t position;          // offset of the next unread byte
+    char* buffer;                    // owned, exactly `length` bytes, no terminator; attributes are blanked in it
+    ChArr fileName;                  // the name given to load, for messages
+    SimpleVector<ChPair> openNames;  // JSON and YAML: names of the open levels
+    mutable int cachedLine;          // memo of getPosition
+    mutable int cachedColumn;
+    mutable std::uint32_t cachedOffset;
+    Format format;
+    int codePage;        // 8 for UTF-8, 1251 for windows-1251 as declared; nothing is converted
+    ChPair yamlRest;     // YAML: the current line while it is read, then the first byte behind it
+    ChPair yamlName;     // YAML: key of the current line
+    ChPair yamlValue;    // YAML: its value
+    char yamlValueKind;  // YAML: 0 none, 'q' double-quoted, 'a' single-quoted, 's' plain
+    bool yamlItem;       // YAML: the line began with "- "
+    int yamlLevel;       // YAML: the line's indent in units
+    int yamlIndentUnit;  // YAML: spaces of one level; 0 until it is known
+    int yamlState;       // YAML: state of the stepper
+
+    MLDoc();
+    // Warning: copies share the block, and both objects would release it.
+    MLDoc(const MLDoc&) = default;
+    MLDoc& operator=(const MLDoc&) = default;
+    virtual ~MLDoc();
+
+    // Told once per attribute whose value held control bytes, before they are blanked. Does nothing here.
+    virtual void warnSuspiciousAttribute(const Token* token, const Attribute* attribute) const;
+
+    // Read a document from a file, from a copy of memory, or from a Bag, which is left empty. Limit: 100,000,000
+    // bytes. After a steal, release first or use a fresh object: the cursor is not reset without a block.
+    // Throws: LCA__Too_big_file, LCA__Too_short_file, LCA__UTF_16_BOM_is_not_supported, LCA__Unknown_text_format,
+    // LCA__XML_header_is_not_found_or, LCA__Specified_encoding_is_not, and the failures of UTF8File::load.
+    void load(const char* path);
+    void load(const char* name, const char* data, int size);
+    void load(const char* name, Bag& bag);
+    void release();
+    // Owns: the caller, by delete[]. `size` is the length in bytes.
+    char* steal(int& size);
+
+    // Sets the format from the first bytes, and the position behind what declares it. Called by load.
+    void guessFormat(const char* name);
+
+    // The next token, or the next attribute of a token. Returns: false at the end.
+    bool step(Token& token);
+    bool attribute(const Token& token, Attribute& attribute);
+    // Offset behind the attributes of a token.
+    unsigned passAttributes(const Token& token) const;
+
+    // Line and column of the position, from 1; tab stops are 4 columns apart.
+    // Warning: at the end of the document the answer is line 1, column 1.
+    void getPosition(int& line, int& column) const;
+    // Appends file name and place to a message.
+    void formMessage(TTT& message) const;
+
+    // The raw text between the tags of an XML element that holds nothing else; consumes the element.
+    // Throws: LCA__Cannot_read_plain_content_for, LCA__Pair_token_not_found.
+    ChPair content(Token& token);
+
+    // The value of an attribute, null if there is none. For JSON and YAML the attributes passed on the way are gone.
+    ChPair getAttributeValue(const Token& token, const ChPair& name);
+    ChPair getAttributeValue(const Token& token, const char* name) { return getAttributeValue(token, ChPair(name)); }
+    // Whether the value is exactly "true".
+    bool getAttributeBool(const Token& token, const ChPair& name) { return getAttributeValue(token, name) == "true"; }
+    bool getAttributeBool(const Token& token, const char* name) { return getAttributeBool(token, ChPair(name)); }
+
+    // Decode a value by the document's format: the five entities of XML, or backslash sequences. Decoding never
+    // lengthens. The first form needs room for the value's length, and writes no terminator. Returns: bytes written.
+    // Throws: LCA__Unsupported_escape_sequence; the target is then half done, but a TTT is as it was.
+    // Warning: behind a backslash only '"', '\' and the raw control bytes 8, 9, 10, 12 and 13 are known, and those
+    // give the letters b, t, n, f and r. A "\n" of two printable bytes is refused.
+    int convertEscape(const ChPair& value, char* out) const;
+    void convertEscape(const ChPair& value, CharVector& out) const;
+    void convertEscape(const ChPair& value, ChArr& out) const;
+    void convertEscape(const ChPair& value, std::string& out) const;
+    void convertEscape(const ChPair& value, TTT& out) const;
+
+    // Workers of one format; step and attribute choose among them.
+    bool step_xml(Token& token);
+    bool attribute_xml(const Token& token, Attribute& attribute);
+
+private:
+    void readDeclaration(const char* name);
+};
+
+// Builds the table of character classes for XML; load calls it.
+VELMORA_API void xml_char_classes_prepare();
+
+#endif

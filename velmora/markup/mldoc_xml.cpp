@@ -1,0 +1,227 @@
+// The XML stepper finds the bounds of tags and counts depth; the attribute reader scans a tag again, on demand. Nothing
+// is kept between two calls but `position` and what stands in the caller's token.
+//
+// A failure leaves `position` behind the byte that was looked at last, and in the token what had been filled in.
+#include <algorithm>
+#include <cstring>
+
+#include <velmora/localization/keys.h>
+#include <velmora/markup/mldoc.h>
+#include <velmora/serial/ttt.h>
+
+namespace {
+
+// Classes of bytes.
+constexpr char kBad = 0;
+constexpr char kName = 'G';
+constexpr char kWhite = 'W';
+constexpr char kStructure = 'S';  // < > /
+constexpr char kNotBuilt = '?';   // in entry 0, until the table is built
+
+constinit char classes[256] = {kNotBuilt};
+
+inline char classOf(char c) { return classes[static_cast<unsigned char>(c)]; }
+
+[[noreturn]] void fail(int key) { throw TTT(VELMORA_DICT, key); }
+
+// A stretch of the buffer and the place in it, which becomes the document's position when the scan is left, by
+// whichever door.
+class Scan {
+public:
+    const char* p;
+
+    Scan(MLDoc& doc, const char* from, const char* to) : p(from), end_(to), doc_(doc) {}
+    Scan(const Scan&) = delete;
+    void operator=(const Scan&) = delete;
+    ~Scan() { doc_.position = static_cast<std::uint32_t>(p - doc_.buffer); }
+
+    std::size_t rest() const { return static_cast<std::size_t>(end_ - p); }
+
+    // `key` is the failure when there is no further byte.
+    char take(int key) {
+        if (p == end_) fail(key);
+        return *p++;
+    }
+
+    // Moves behind the next `c`. Without one, moves to the end; `key` is the failure.
+    void passNext(char c, int key) {
+        const void* found = std::memchr(p, c, rest());
+        p = found ? static_cast<const char*>(found) + 1 : end_;
+        if (!found) fail(key);
+    }
+
+    bool toEnd() {
+        p = end_;
+        return false;
+    }
+
+private:
+    const char* const end_;
+    MLDoc& doc_;
+};
+
+// Reads a tag's name. Returns: the byte that ends it, white space or tag structure.
+char readTagName(Scan& scan, ChPair& name) {
+    name.begin = const_cast<char*>(scan.p);
+    for (;;) {
+        char c = scan.take(LCA__XML_tag_is_not_finished);
+        char type = classOf(c);
+        auto taken = static_cast<std::uint64_t>(scan.p - name.begin);
+        if (type == kName) {
+            if (taken == MLDoc::TokenNameMax - 1) fail(LCA__Too_long_XML_tag);
+            continue;
+        }
+        if (type == kBad) fail(LCA__Bad_character_in_XML_tag);
+        if (c == '<') fail(LCA__Nested_XML_tag);
+        if (taken == 1) fail(LCA__Empty_XML_tag);
+        name.end = const_cast<char*>(scan.p - 1);
+        return c;
+    }
+}
+
+// Moves behind the '>' of a tag. Only the double quote hides one.
+void passTagEnd(Scan& scan) {
+    for (;;) {
+        char c = scan.take(LCA__XML_tag_is_not_finished);
+        if (c == '>') return;
+        if (c == '"') scan.passNext('"', LCA__XML_tag_is_not_finished);
+    }
+}
+
+// Moves behind a comment. The four bytes behind "<!" belong to it whatever they are: any such construct is taken for a
+// comment, and the shortest one is "<!---->".
+void passComment(Scan& scan) {
+    constexpr std::size_t kDashes = 4;
+    scan.p += std::min(kDashes, scan.rest());
+    do scan.passNext('>', LCA__XML_comment_is_not_finished);
+    while (scan.p[-2] != '-' || scan.p[-3] != '-');
+}
+
+// Moves behind the name of a tag and the white space that follows it. Returns: false when the tag has nothing else.
+bool passTagName(Scan& scan) {
+    for (;;) {
+        char c = scan.take(LCA__Unexpected_end_of_token);
+        if (c == '>') return false;
+        if (classOf(c) == kWhite) return true;
+    }
+}
+
+char takeBehindWhite(Scan& scan) {
+    for (;;) {
+        char c = scan.take(LCA__Unexpected_end_of_token);
+        if (classOf(c) != kWhite) return c;
+    }
+}
+
+// Reads an attribute's name, whose first byte has been taken. Returns: the byte that ends it, '=' or white space.
+char readAttributeName(Scan& scan, ChPair& name) {
+    name.begin = const_cast<char*>(scan.p - 1);
+    for (;;) {
+        bool tooLong = static_cast<std::uint64_t>(scan.p - name.begin) == MLDoc::AttributeNameMax;
+        if (tooLong && scan.rest() != 0) fail(LCA__Too_long_attribute_name);
+        char c = scan.take(LCA__End_of_attribute_name_is_not);
+        char type = classOf(c);
+        if (type == kName) continue;
+        if (c != '=' && type != kWhite) fail(LCA__Bad_character_in_attribute_name);
+        name.end = const_cast<char*>(scan.p - 1);
+        return c;
+    }
+}
+
+// Moves behind the quote that opens a value.
+void passOpeningQuote(Scan& scan, bool seenEquals) {
+    if (!seenEquals && takeBehindWhite(scan) != '=') fail(LCA__Character_expected_before_quote);
+    char c = takeBehindWhite(scan);
+    if (c == '=') fail(LCA__Duplicate_before_attribute_value);
+    if (c != '"') fail(LCA__Initial_quote_expected_after);
+}
+
+// Reads the next attribute as it stands. Returns: false at the end of the list.
+bool scanAttribute(Scan& scan, bool first, MLDoc::Attribute& attribute) {
+    if (first && !passTagName(scan)) return scan.toEnd();
+    char c = takeBehindWhite(scan);
+    if (c == '!' || c == '-' || c == '/' || c == '>' || c == '?') return scan.toEnd();
+    if (classOf(c) == kBad) fail(LCA__Bad_character_instead_begin_of);
+    passOpeningQuote(scan, readAttributeName(scan, attribute.name) == '=');
+    attribute.value.begin = const_cast<char*>(scan.p);
+    scan.passNext('"', LCA__Closing_quote_is_missed);
+    attribute.value.end = const_cast<char*>(scan.p - 1);
+    return true;
+}
+
+bool isLineEnd(char c) { return c == '\r' || c == '\n'; }
+
+void trimLineEnds(ChPair& value) {
+    while (value.begin != value.end && isLineEnd(*value.begin)) ++value.begin;
+    while (value.begin != value.end && isLineEnd(value.end[-1])) --value.end;
+}
+
+}  // namespace
+
+void xml_char_classes_prepare() {
+    if (classes[0] != kNotBuilt) return;
+    classes[0] = kBad;
+    for (const char* c = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_-.:"; *c; ++c) {
+        classes[static_cast<unsigned char>(*c)] = kName;
+    }
+    for (char c : {' ', '\t', '\n', '\r'}) classes[static_cast<unsigned char>(c)] = kWhite;
+    for (char c : {'<', '>', '/'}) classes[static_cast<unsigned char>(c)] = kStructure;
+}
+
+bool MLDoc::step_xml(Token& token) {
+    if (position >= length) return false;
+    Scan scan(*this, buffer + position, buffer + length);
+    const void* tag = std::memchr(scan.p, '<', scan.rest());
+    if (!tag) return scan.toEnd();
+    scan.p = static_cast<const char*>(tag) + 1;
+    token.body.begin = const_cast<char*>(scan.p - 1);
+
+    char last = ' ';
+    char c = scan.take(LCA__XML_tag_is_not_finished);
+    if (c == '!' || c == '?') {
+        token.kind = c == '!' ? 2 : 1;
+        token.opening = token.closing = false;
+    } else {
+        token.kind = 0;
+        token.closing = c == '/';
+        token.opening = !token.closing;
+        if (token.closing) {
+            --token.level;
+        } else {
+            --scan.p;
+        }
+        last = readTagName(scan, token.name);
+    }
+    if (token.kind == 2) {
+        passComment(scan);
+    } else if (last != '>') {
+        passTagEnd(scan);
+    }
+    token.body.end = const_cast<char*>(scan.p);
+    if (!token.opening) return true;
+    // The byte before the '>' alone tells a self-closed element.
+    token.closing = scan.p[-2] == '/';
+    if (!token.closing) ++token.level;
+    return true;
+}
+
+bool MLDoc::attribute_xml(const Token& token, Attribute& attribute) {
+    const char* b = token.body.begin;
+    const char* e = token.body.end;
+    const char* here = buffer + position;
+    bool first = !(b < here && here < e);
+    if (first && !(b < e)) fail(LCA__Unexpected_end_of_token);
+    {
+        Scan scan(*this, first ? b : here, e);
+        if (!scanAttribute(scan, first, attribute)) return false;
+    }
+    trimLineEnds(attribute.value);
+    bool warned = false;
+    for (char* c = attribute.value.begin; c != attribute.value.end; ++c) {
+        if (static_cast<unsigned char>(*c) >= 0x20) continue;
+        if (!warned) warnSuspiciousAttribute(&token, &attribute);
+        warned = true;
+        *c = ' ';
+    }
+    return true;
+}
