@@ -8,7 +8,9 @@
 #include <velmora/localization/keys.h>
 #include <velmora/localization/loc.h>
 #include <velmora/markup/mldoc.h>
+#include <velmora/markup/mldocout.h>
 #include <velmora/serial/bag.h>
+#include <velmora/serial/tags.h>
 #include <velmora/serial/ttt.h>
 #include <velmora/text/charr.h>
 #include <velmora/text/charvector.h>

@@ -154,7 +154,7 @@ public:
 
     ArrayVector() = default;
     // Each item is copy(item), null items too.
-    ArrayVector(const ArrayVector& src, CopyItem copy) { init(src, copy); }
+    ArrayVector(const ArrayVector& src, CopyItem copy) : ArrayVector() { init(src, copy); }
     ArrayVector(const ArrayVector&) = delete;
     ArrayVector(const ObjectVector<T>&) = delete;
     ArrayVector(const SimpleVector<T*>&) = delete;
@@ -232,11 +232,9 @@ public:
     void append_steal(T* p);
 
     // Warning: with a bad `i` nothing is inserted, and the copy that was made for it is lost.
-    void insert(int i, const T* s) { ArrayVector<T>::insert(i, strnew(s)); }
-    void insert(int i, const T* s, int len) { ArrayVector<T>::insert(i, strnew(s, static_cast<std::size_t>(len))); }
-    void insert(int i, const T* b, const T* e) {
-        ArrayVector<T>::insert(i, strnew(b, static_cast<std::size_t>(e - b)));
-    }
+    void insert(int i, const T* s) { insert_steal(i, strnew(s)); }
+    void insert(int i, const T* s, int len) { insert_steal(i, strnew(s, static_cast<std::size_t>(len))); }
+    void insert(int i, const T* b, const T* e) { insert_steal(i, strnew(b, static_cast<std::size_t>(e - b))); }
     // Requires: 0 <= i < count.
     void replace(int i, const T* s) { ArrayVector<T>::replace(i, strnew(s)); }
     void replace(int i, const T* s, int len) { ArrayVector<T>::replace(i, strnew(s, static_cast<std::size_t>(len))); }
@@ -259,6 +257,7 @@ protected:
 
 private:
     static T* copyString(const T* s) { return strnew(s); }
+    void insert_steal(int i, T* p);
     static int compareItems(const void* a, const void* b);
     template <class Equal>
     int find(const ChPair& key, Equal equal) const;
@@ -568,6 +567,15 @@ void StringVector<T>::append_steal(T* p) {
     owned.data = p;
     this->expand(this->count + 1);
     this->data[this->count++] = owned.steal();
+}
+
+template <class T>
+void StringVector<T>::insert_steal(int i, T* p) {
+    ArrayHolder<T> owned;
+    owned.data = p;
+    T** place = SimpleVector<T*>::insertPtr(i, 1);
+    T* text = owned.steal();
+    if (place) *place = text;
 }
 
 template <class T>

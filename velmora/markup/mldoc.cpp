@@ -165,9 +165,27 @@ void MLDoc::readDeclaration(const char* name) {
     }
 }
 
-bool MLDoc::step(Token& token) { return step_xml(token); }
+bool MLDoc::step(Token& token) {
+    switch (format) {
+        case JSON:
+            return step_json(token);
+        case YAML:
+            return step_yaml(token);
+        default:
+            return step_xml(token);
+    }
+}
 
-bool MLDoc::attribute(const Token& token, Attribute& attribute) { return attribute_xml(token, attribute); }
+bool MLDoc::attribute(const Token& token, Attribute& attribute) {
+    switch (format) {
+        case JSON:
+            return attribute_json(token, attribute);
+        case YAML:
+            return attribute_yaml(token, attribute);
+        default:
+            return attribute_xml(token, attribute);
+    }
+}
 
 unsigned MLDoc::passAttributes(const Token& token) const {
     return format == XML ? static_cast<unsigned>(token.body.end - buffer) : position;

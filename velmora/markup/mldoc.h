@@ -12,8 +12,11 @@
 //         while (attributes(attribute)) use(attribute.name, attribute.value);
 //     }
 //
-// What is read is a deliberately small XML: tags, attributes in double quotes, comments and declarations. No DTD, no
-// CDATA, no namespaces, no entity but the five, and an end tag's name is not compared with anything.
+// What is read is deliberately small. XML: tags, attributes in double quotes, comments and declarations; no DTD, no CDATA,
+// no namespaces, no entity but the five, and an end tag's name is not compared with anything. JSON: an object is a token,
+// its strings and words are attributes, its arrays hold child objects. YAML: "key: value" lines and lists of records.
+// Warning: JSON and YAML are read from the stream itself. Read a token's attributes in one pass and before its children;
+// attributes that stand behind a child list are passed over (JSON) or refused (YAML).
 //
 // Failure: a malformed document throws a TTT that holds the key alone. Call formMessage to add file and place; the
 // walk is not resumed. Lifetime: views stay valid until release, steal, the next load or destruction.
@@ -32,6 +35,7 @@
 class Bag;
 class CharVector;
 class TTT;
+struct PairTag;
 
 class VELMORA_API MLDocBase {
 public:
@@ -179,12 +183,70 @@ public:
     void convertEscape(const ChPair& value, std::string& out) const;
     void convertEscape(const ChPair& value, TTT& out) const;
 
+    // Typed values of a view, parsed as it stands: nothing is unescaped. The grammars, bounds and further keys are those of
+    // ChPair's members of like names. Failures carry no place.
+    // Throws: LCA__Too_long_string unless the value and a terminator fit into `size` bytes.
+    void getString(const ChPair& value, char* out, std::uint64_t size);
+    // The forms without bounds report any failure, overflow too, as LCA__Invalid_integer_value.
+    int getInt32(const ChPair& value) const;
+    int getInt32(const ChPair& value, int min, int max) const { return value.parseInt(&min, &max); }
+    unsigned getUInt32(const ChPair& value) const { return value.parseUInt(nullptr, nullptr); }
+    unsigned getUInt32(const ChPair& value, unsigned min, unsigned max) const { return value.parseUInt(&min, &max); }
+    std::int64_t getInt64(const ChPair& value) const { return value.parseInt64(nullptr, nullptr); }
+    std::int64_t getInt64(const ChPair& value, std::int64_t min, std::int64_t max) const {
+        return value.parseInt64(&min, &max);
+    }
+    std::uint64_t getUInt64(const ChPair& value) const { return value.parseUInt64(nullptr, nullptr); }
+    std::uint64_t getUInt64(const ChPair& value, std::uint64_t min, std::uint64_t max) const {
+        return value.parseUInt64(&min, &max);
+    }
+    double getDouble(const ChPair& value) const;
+    double getDouble(const ChPair& value, double min, double max) const { return value.parseDouble(&min, &max); }
+    // "-1" stands for infinity, 0xFFFFFFFF. Warning: any other number is cut to its low 32 bits.
+    unsigned getCountOrInfinity(const ChPair& value) const {
+        return static_cast<unsigned>(value.parseInt64(nullptr, nullptr));
+    }
+    unsigned getIP(const ChPair& value) const { return value.parseIP(); }
+    std::int64_t getGMTTime(const ChPair& value) const { return value.parseGMTTime(); }
+    std::int64_t getLocalTime(const ChPair& value) const { return value.parseLocalTime(); }
+    std::int64_t getTime(const ChPair& value) const { return value.parseTime(); }
+    unsigned getEnum(const ChPair& value, const PairTag* tags) const { return value.parseEnum(tags, 0); }
+    unsigned getFlags(const ChPair& value, const PairTag* tags, int deprecated, bool strict) const {
+        return value.parseFlags(tags, deprecated, strict);
+    }
+
     // Workers of one format; step and attribute choose among them.
     bool step_xml(Token& token);
     bool attribute_xml(const Token& token, Attribute& attribute);
 
+    // The next lexical token: 0 at the end, 'q' a quoted string, 's' a bare word, else one of , : [ ] { }. The text of
+    // 'q' and 's' is stored as it stands, between the quotes.
+    int get_json_token(ChPair& text);
+    bool step_json(Token& token);
+    bool attribute_json(const Token& token, Attribute& attribute);
+
+    // Reads one line ahead into the yaml fields. Returns: false at the end.
+    bool get_yaml_line();
+    bool step_yaml(Token& token);
+    void step_yaml_open_token(Token& token);
+    void step_yaml_close_token(Token& token);
+    bool step_yaml_finalize(Token& token);
+    bool attribute_yaml(const Token& token, Attribute& attribute);
+
 private:
     void readDeclaration(const char* name);
+
+    void readJsonString(ChPair& text);
+    int previousJsonKind() const;
+    int passJsonMember(const Token& token, const ChPair& key);
+    void openJsonToken(Token& token, int previous);
+    void closeJsonToken(Token& token, int previous);
+    void deliverJsonToken(Token& token, bool opening);
+
+    int yamlLineLevel() const;
+    bool yamlLineIsAttributeOf(const Token& token) const;
+    void deliverYamlRoot(Token& token);
+    bool judgeYamlLine(Token& token);
 };
 
 // Builds the table of character classes for XML; load calls it.

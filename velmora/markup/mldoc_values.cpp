@@ -110,3 +110,22 @@ void MLDoc::convertEscape(const ChPair& value, TTT& out) const {
     block.toBegin();
     out.stealFrom(block);
 }
+
+void MLDoc::getString(const ChPair& value, char* out, std::uint64_t size) {
+    auto bytes = static_cast<std::uint64_t>(value.len());
+    if (bytes >= size) throw TTT(VELMORA_DICT, LCA__Too_long_string);
+    if (bytes != 0) std::memcpy(out, value.begin, bytes);
+    out[bytes] = 0;
+}
+
+int MLDoc::getInt32(const ChPair& value) const {
+    int number;
+    if (!value.getInt(number)) throw TTT(VELMORA_DICT, LCA__Invalid_integer_value);
+    return number;
+}
+
+double MLDoc::getDouble(const ChPair& value) const {
+    double number;
+    if (!value.getDouble(number)) throw TTT(VELMORA_DICT, LCA__Invalid_double_value);
+    return number;
+}

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cassert>
 #include <cstring>
+#include <new>
 
 #include <velmora/text/charvector.h>
 
@@ -166,6 +167,7 @@ void Bag::setBufferSize(int n) {
         clear();
         return;
     }
+    if (n < 0) throw std::bad_array_new_length();
     char* block = new char[n];
     if (data) std::memcpy(block, data, static_cast<std::size_t>(std::min(bufferSize, n)));
     delete[] data;

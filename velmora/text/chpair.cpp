@@ -81,3 +81,27 @@ ChPair ChPair::parsePath() const {
     if (const char* dot = strbchr(item.begin, item.end, '.')) item.end = const_cast<char*>(dot);
     return item;
 }
+
+bool ChPair::getIP(unsigned& out) const {
+    out = 0;
+    if (empty()) return false;
+    unsigned address = 0;
+    unsigned octet = 0;
+    int dots = 0;
+    int digits = 0;
+    for (const char* p = begin; p != end; ++p) {
+        if (*p == '.') {
+            if (digits == 0 || ++dots > 3) return false;
+            address = address << 8 | octet;
+            digits = 0;
+            octet = 0;
+            continue;
+        }
+        if (*p < '0' || *p > '9' || ++digits > 3) return false;
+        octet = octet * 10 + static_cast<unsigned>(*p - '0');
+        if (octet > 255) return false;
+    }
+    if (dots != 3) return false;
+    out = address << 8 | octet;
+    return true;
+}

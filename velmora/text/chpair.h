@@ -17,10 +17,12 @@
 
 #include <velmora/base.h>
 #include <velmora/text/bytes.h>
+#include <velmora/text/numbers.h>
 #include <velmora/text/utf.h>
 
 class ChArr;
 class CharVector;
+struct PairTag;
 
 class VELMORA_API ChPair {
 public:
@@ -209,10 +211,43 @@ public:
     // The last item of a path without its extension; ".profile" has an empty one.
     ChPair parsePath() const;
 
+    // The whole view as a number, by the range functions of numbers.h. Returns: false for anything else, with the output
+    // as those leave it.
+    bool getInt(int& out) const { return strtoint(begin, end, &out); }
+    bool getUInt(unsigned& out) const { return strtouint(begin, end, &out); }
+    bool getInt64(std::int64_t& out) const { return strtoint64(begin, end, &out); }
+    bool getUInt64(std::uint64_t& out) const { return strtouint64(begin, end, &out); }
+    bool getDouble(double& out) const { return strtodouble(begin, end, &out); }
+
+    // An address "1.2.3.4" with its first number in the highest byte. On failure the output is 0.
+    // Warning: the last number may be missing behind its dot, and is then 0.
+    bool getIP(unsigned& out) const;
+
+    // The same, or an exception. Bounds are inclusive; null is no bound.
+    // Throws: LCA__Invalid_integer_value, LCA__Invalid_double_value, LCA__Invalid_IP_address,
+    // LCA__Integer_value_is_out_of_range (for a double, too). A NaN lies within any bounds.
+    int parseInt(int* min, int* max) const;
+    unsigned parseUInt(unsigned* min, unsigned* max) const;
+    std::int64_t parseInt64(std::int64_t* min, std::int64_t* max) const;
+    std::uint64_t parseUInt64(std::uint64_t* min, std::uint64_t* max) const;
+    double parseDouble(double* min, double* max) const;
+    unsigned parseIP() const;
+
+    // The value of a name in the table. Throws: LCA__Invalid_enum_value for an unknown name, and for a value of -1 or
+    // with a bit of `forbidden`.
+    unsigned parseEnum(const PairTag* tags, int forbidden) const;
+
+    // Names with blanks between them, combined. An empty view: 0. Unknown names are passed over unless `strict`.
+    // Throws: LCA__Invalid_flag_s with the name as written; LCA__Deprecated_flag_s with the table's first name of a
+    // value that has a bit of `deprecated`. Warning: with `deprecated` not 0 an unknown name counts as -1, deprecated.
+    unsigned parseFlags(const PairTag* tags, int deprecated, bool strict) const;
+
     // The view as a time; see the parsers in timetext.h for the forms.
     // Throws: LCA__Invalid_date_required_format_is with the form as its parameter.
     std::int64_t parseGMTTime() const;
     std::int64_t parseLocalTime() const;
+    // By parseGMTTime when there is a 'T' in the view, else by parseLocalTime.
+    std::int64_t parseTime() const;
 
 private:
     std::size_t size() const { return static_cast<std::size_t>(end - begin); }

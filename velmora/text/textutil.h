@@ -3,6 +3,7 @@
 #define VELMORA_TEXT_TEXTUTIL_H
 
 #include <velmora/text/bytes.h>
+#include <velmora/text/numbers.h>
 #include <velmora/text/timetext.h>
 #include <velmora/text/utf.h>
 

@@ -60,7 +60,7 @@ void fold(char* p, const char* e, const utf16_t* table) {
     }
 }
 
-// The start of the character that holds the byte at `p`.
+// The byte from which the character that holds the byte at `p` is decoded.
 const char* characterStart(const char* b, const char* p) {
     while (p > b && continues(p)) --p;
     return p;
@@ -163,9 +163,19 @@ int strcmp_i_utf8(const char* b1, const char* e1, const char* b2, const char* e2
             continue;
         }
         // The bytes that differ may stand in the middle of characters whose first bytes are the same.
+        const char* start1 = characterStart(b1, p1);
+        const char* start2 = characterStart(b2, p2);
         utf16_t char1, char2;
-        p1 = decode(char1, characterStart(b1, p1), e1);
-        p2 = decode(char2, characterStart(b2, p2), e2);
+        const char* next1 = decode(char1, start1, e1);
+        const char* next2 = decode(char2, start2, e2);
+        if (next1 <= p1 && next2 <= p2 && upper(char1) == upper(char2)) {
+            // Both ways back led over stray continuation bytes to a letter before them, and going on behind it would come
+            // here for ever: the stray bytes are compared as the character that they decode to.
+            next1 = decode(char1, start1 + 1, e1);
+            next2 = decode(char2, start2 + 1, e2);
+        }
+        p1 = next1;
+        p2 = next2;
         char1 = upper(char1);
         char2 = upper(char2);
         if (char1 != char2) return char1 > char2 ? 1 : -1;

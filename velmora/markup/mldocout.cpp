@@ -1,0 +1,149 @@
+#include <velmora/markup/mldocout.h>
+
+#include <algorithm>
+#include <cstdarg>
+#include <cstring>
+
+#include <velmora/localization/keys.h>
+#include <velmora/markup/mldocout_escape.h>
+#include <velmora/serial/ttt.h>
+#include <velmora/text/formatting.h>
+
+namespace {
+
+constexpr char kTab = '\t';
+constexpr char kBlank = ' ';
+constexpr std::size_t kMostFormatted = 4096;  // bytes of one formatted text
+
+}  // namespace
+
+void MLDocOut::Writer::end_doc() {}
+
+MLDocOut::FileWriter::FileWriter(const char* path) : UTF8File(true) { open(path, WRITE); }
+
+void MLDocOut::FileWriter::write_doc(const char* text, int n) { UTF8File::write(text, n); }
+
+// The file is closed whether or not the flush goes through; the flush's failure is the one to be told.
+void MLDocOut::FileWriter::end_doc() {
+    try {
+        flush();
+    } catch (...) {
+        throwing = false;
+        close();
+        throwing = true;
+        throw;
+    }
+    close();
+}
+
+void MLDocOut::BagWriter::write_doc(const char* text, int n) { putData(text, n); }
+
+MLDocOut::MLDocOut(Format form) : depth(0), indent(0), state(0), eoln("\r\n"), writer(nullptr) { setFormat(form); }
+
+void MLDocOut::setFormat(Format form) {
+    format = form;
+    tabSize = form == XML ? 0 : 2;
+    escape = form == XML || form == HTML ? velmora::detail::escapeXmlHtml : velmora::detail::escapeJsonYaml;
+}
+
+void MLDocOut::setCompactMode(bool on) {
+    if (on) {
+        set(CompactMode);
+    } else {
+        clear(CompactMode);
+    }
+}
+
+int MLDocOut::pushCompactMode() {
+    int old = state & CompactMode;
+    set(CompactMode);
+    return old;
+}
+
+void MLDocOut::popCompactMode(int old) {
+    clear(CompactMode);
+    state |= old;
+}
+
+void MLDocOut::begin(Writer& sink) {
+    writer = &sink;
+    switch (format) {
+        case XML:
+            writeLn("<?xml version= \"1.0\" encoding=\"utf-8\"?>");
+            break;
+        case JSON:
+            write('{');
+            if (!has(CompactMode)) writeLineEnd();
+            indent = 1;
+            break;
+        case YAML:
+            writeLn("---");
+            break;
+        default:
+            break;
+    }
+}
+
+void MLDocOut::end() {
+    if (depth != 0) throw TTT(VELMORA_DICT, LCA__Not_enough_closing_tags);
+    if (format == JSON) {
+        if (lastName.count != 0) writeLineEnd();
+        writeLn("}");
+        --indent;
+    }
+    if (indent > 0) throw TTT(VELMORA_DICT, LCA__Bad_indent);
+    if (writer) writer->end_doc();
+}
+
+void MLDocOut::writeLn(const char* s) {
+    write(ChPair(s));
+    writeLineEnd();
+}
+
+void MLDocOut::writeLineEnd() { write(ChPair(eoln)); }
+
+void MLDocOut::writef(const char* fmt, ...) {
+    va_list args;
+    va_start(args, fmt);
+    velmora::detail::FormattedText text(fmt, args);
+    va_end(args);
+    write(text.begin(), static_cast<int>(text.size()));
+}
+
+// Texts side by side in one write, with the limit of a formatted text.
+void MLDocOut::writePieces(std::initializer_list<ChPair> pieces) {
+    char text[kMostFormatted];
+    std::size_t size = 0;
+    for (const ChPair& piece : pieces) {
+        std::size_t n = std::min(static_cast<std::size_t>(piece.len()), kMostFormatted - size);
+        if (n != 0) std::memcpy(text + size, piece.begin, n);
+        size += n;
+    }
+    write(text, static_cast<int>(size));
+}
+
+void MLDocOut::writeIndent() {
+    if (tabSize < 1) {
+        writeChars(indent, kTab);
+    } else {
+        writeChars(indent * tabSize, kBlank);
+    }
+}
+
+// What stands in front of the first entry of an item when it goes on the same line.
+void MLDocOut::writeCompactIndent() { writeChars(tabSize - 1, kBlank); }
+
+// The dash of a YAML item takes the last two blanks of its indent.
+void MLDocOut::writeDash() {
+    writeChars(tabSize * indent - 2, kBlank);
+    write("- ", 2);
+}
+
+void MLDocOut::writeChars(int n, char c) {
+    if (n < 0) return;
+    if (n > fill.count) {
+        int missing = n - fill.count;
+        std::memset(fill.insert(fill.count, missing), c, static_cast<std::size_t>(missing));
+    }
+    write(fill(), n);
+}

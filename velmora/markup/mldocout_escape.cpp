@@ -1,0 +1,116 @@
+// Escaping works byte by byte, so that UTF-8 sequences pass through unchanged.
+#include <velmora/markup/mldocout_escape.h>
+
+#include <cstring>
+
+#include <velmora/markup/mldocout.h>
+#include <velmora/text/charr.h>
+
+namespace {
+
+// Hands out the stretches of `s` that stay and the replacements between them, in order.
+template <class Function, class Take>
+void escapeStretches(Function function, const ChPair& s, Take take) {
+    const char* from = s.begin;
+    for (const char* p = s.begin; p != s.end; ++p) {
+        int length = 0;
+        const char* replacement = function(*p, length);
+        if (!replacement) continue;
+        if (p != from) take(from, static_cast<int>(p - from));
+        take(replacement, length);
+        from = p + 1;
+    }
+    if (s.end != from) take(from, static_cast<int>(s.end - from));
+}
+
+const char* literal(const char* text, int length, int& outLength) {
+    outLength = length;
+    return text;
+}
+
+}  // namespace
+
+namespace velmora::detail {
+
+const char* escapeXmlHtml(char c, int& length) {
+    switch (c) {
+        case '"':
+            return literal("&quot;", 6, length);
+        case '&':
+            return literal("&amp;", 5, length);
+        case '\'':
+            return literal("&apos;", 6, length);
+        case '<':
+            return literal("&lt;", 4, length);
+        case '>':
+            return literal("&gt;", 4, length);
+        default:
+            return nullptr;
+    }
+}
+
+const char* escapeJsonYaml(char c, int& length) {
+    switch (c) {
+        case '\b':
+            return literal("\\b", 2, length);
+        case '\t':
+            return literal("\\t", 2, length);
+        case '\n':
+            return literal("\\n", 2, length);
+        case '\f':
+            return literal("\\f", 2, length);
+        case '\r':
+            return literal("\\r", 2, length);
+        case '"':
+            return literal("\\\"", 2, length);
+        case '\\':
+            return literal("\\\\", 2, length);
+        default:
+            return nullptr;
+    }
+}
+
+}  // namespace velmora::detail
+
+void MLDocOut::escapeString(Escape fn, const ChPair& s, ChArr& out) {
+    std::size_t size = 0;
+    escapeStretches(fn, s, [&](const char*, int n) { size += static_cast<std::size_t>(n); });
+    out.del();
+    if (size == 0) return;
+    char* p = out.data = new char[size + 1];
+    escapeStretches(fn, s, [&](const char* text, int n) {
+        std::memcpy(p, text, static_cast<std::size_t>(n));
+        p += n;
+    });
+    *p = 0;
+}
+
+void MLDocOut::escapeString(Escape fn, const ChPair& s, Bag& out) {
+    escapeStretches(fn, s, [&](const char* text, int n) { out.putData(text, n); });
+}
+
+void MLDocOut::escapeStringXMLHTML(const ChPair& s, ChArr& out) {
+    escapeString(velmora::detail::escapeXmlHtml, s, out);
+}
+
+void MLDocOut::escapeStringXMLHTML(const ChPair& s, Bag& out) { escapeString(velmora::detail::escapeXmlHtml, s, out); }
+
+void MLDocOut::escapeStringJSONYAML(const ChPair& s, ChArr& out) {
+    escapeString(velmora::detail::escapeJsonYaml, s, out);
+}
+
+void MLDocOut::escapeStringJSONYAML(const ChPair& s, Bag& out) {
+    escapeString(velmora::detail::escapeJsonYaml, s, out);
+}
+
+// Straight to the sink, in stretches. The two functions of the library are inlined here; a client's own is called.
+void MLDocOut::writeEscaped(const ChPair& s) {
+    auto toSink = [this](const char* text, int n) { write(text, n); };
+    if (escape == velmora::detail::escapeXmlHtml) {
+        escapeStretches([](char c, int& n) { return velmora::detail::escapeXmlHtml(c, n); }, s, toSink);
+    } else if (escape == velmora::detail::escapeJsonYaml) {
+        escapeStretches([](char c, int& n) { return velmora::detail::escapeJsonYaml(c, n); }, s, toSink);
+    } else {
+        escapeStretches(escape, s, toSink);
+    }
+}
