@@ -1,0 +1,26 @@
+# Headers, the library with a CMake package and a pkg-config file, the tool and the dictionaries.
+include(CMakePackageConfigHelpers)
+
+set(package_folder "${CMAKE_INSTALL_LIBDIR}/cmake/velmora")
+install(TARGETS velmora EXPORT velmoraTargets
+        RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
+        LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+        ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}"
+        FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+install(EXPORT velmoraTargets NAMESPACE velmora:: DESTINATION "${package_folder}")
+configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/velmoraConfig.cmake.in"
+                              "${PROJECT_BINARY_DIR}/velmoraConfig.cmake"
+                              INSTALL_DESTINATION "${package_folder}")
+write_basic_package_version_file("${PROJECT_BINARY_DIR}/velmoraConfigVersion.cmake" COMPATIBILITY SameMinorVersion)
+install(FILES "${PROJECT_BINARY_DIR}/velmoraConfig.cmake" "${PROJECT_BINARY_DIR}/velmoraConfigVersion.cmake"
+        DESTINATION "${package_folder}")
+
+configure_file("${PROJECT_SOURCE_DIR}/cmake/velmora.pc.in" "${PROJECT_BINARY_DIR}/velmora.pc" @ONLY)
+install(FILES "${PROJECT_BINARY_DIR}/velmora.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+
+if(TARGET velmora_tool)
+  set_target_properties(velmora_tool PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  install(TARGETS velmora_tool RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+  get_property(dictionaries GLOBAL PROPERTY VELMORA_DICTIONARIES)
+  install(FILES ${dictionaries} DESTINATION "${CMAKE_INSTALL_DATADIR}/velmora/lang")
+endif()

@@ -1,0 +1,89 @@
+// Source lines with a mark.
+#include "tools/excerpt.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+
+#include "tests/support/guard_page.h"
+
+namespace {
+
+struct ExcerptRow {
+    int line;
+    std::string text;
+    std::size_t offset;
+    std::string lines;
+};
+
+const std::string kReplacement = "\xEF\xBF\xBD";
+
+const ExcerptRow rows[] = {
+    {__LINE__, "", 0, ""},
+    {__LINE__, "a", 0, "a\n^\n"},
+    {__LINE__, "abc", 1, "abc\n ^\n"},
+    {__LINE__, "abc", 3, "abc\n  ^\n"},
+    {__LINE__, "abc", 1000, "abc\n  ^\n"},
+    {__LINE__, "one\ntwo\nthree", 5, "two\n ^\n"},
+    {__LINE__, "one\r\ntwo\r\nthree", 5, "two\n^\n"},
+    {__LINE__, "one\r\ntwo", 3, "one\n   ^\n"},
+    {__LINE__, "one\r\ntwo", 4, "one\n   ^\n"},
+    {__LINE__, "one\ntwo", 3, "one\n   ^\n"},
+    {__LINE__, "one\n\ntwo", 4, "\n^\n"},
+    {__LINE__, "\n", 0, "\n^\n"},
+    {__LINE__, "a\tb\tc", 4, "a\tb\tc\n \t \t^\n"},
+    {__LINE__, "a\tb", 1, "a\tb\n ^\n"},
+    {__LINE__, "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80x", 9, "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80x\n   ^\n"},
+    {__LINE__, "\xC3\xA4\xE2\x82\xACx", 3, "\xC3\xA4\xE2\x82\xACx\n ^\n"},
+    {__LINE__, "\xC3\xA4\xE2\x82\xACx", 4, "\xC3\xA4\xE2\x82\xACx\n ^\n"},
+    {__LINE__, "\xEF\xBB\xBF<a", 3, "<a\n^\n"},
+    {__LINE__, "\xEF\xBB\xBF<a", 1, "<a\n^\n"},
+    {__LINE__, std::string("a\0b\x1B[1m\x7F", 8), 2,
+     "a" + kReplacement + "b" + kReplacement + "[1m" + kReplacement + "\n  ^\n"},
+    {__LINE__, "\xC2\x9B\xC2\xA0x", 4, kReplacement + "\xC2\xA0x\n  ^\n"},
+    {__LINE__, "\xFF\x80\xC3x", 3, kReplacement + kReplacement + kReplacement + "x\n   ^\n"},
+    {__LINE__, "x\xE2\x82", 2, "x" + kReplacement + kReplacement + "\n  ^\n"},
+};
+
+TEST(Excerpt, ShowsTheLineAndThePlace) {
+    for (const ExcerptRow& row : rows) {
+        SCOPED_TRACE("row at line " + std::to_string(row.line));
+        EXPECT_EQ(row.lines, tool::excerpt(row.text, row.offset));
+    }
+}
+
+TEST(Excerpt, LongLinesAreCutAroundThePlace) {
+    const std::string line = std::string(1000, 'a') + 'X' + std::string(1000, 'b');
+    EXPECT_EQ("..." + std::string(48, 'a') + "X" + std::string(27, 'b') + "...\n" + std::string(51, ' ') + "^\n",
+              tool::excerpt(line, 1000));
+    EXPECT_EQ(std::string(76, 'a') + "...\n^\n", tool::excerpt(line, 0));
+    EXPECT_EQ("..." + std::string(49, 'b') + "\n" + std::string(51, ' ') + "^\n", tool::excerpt(line, 2000));
+    EXPECT_EQ(std::string(76, 'c') + "\n" + std::string(48, ' ') + "^\n", tool::excerpt(std::string(76, 'c'), 48));
+    std::string wide;
+    for (int i = 0; i < 1000; ++i) wide += "\xE2\x82\xAC";
+    std::string shown;
+    for (int i = 0; i < 76; ++i) shown += "\xE2\x82\xAC";
+    EXPECT_EQ("..." + shown + "...\n" + std::string(51, ' ') + "^\n", tool::excerpt(wide, 1500));
+}
+
+// Two lines, and the mark at the column of the place, whatever the bytes are; none outside of them is read.
+TEST(Excerpt, AnyBytesWillDo) {
+    unsigned seed = 1;
+    const unsigned char alphabet[] = {0, 9, 10, 13, 27, 'a', 0x7F, 0x80, 0x9B, 0xC2, 0xC3, 0xE2, 0xEF, 0xF0, 0xFF};
+    for (int round = 0; round < 300; ++round) {
+        std::string bytes;
+        for (unsigned i = 0; i < 1 + seed % 130; ++i) {
+            seed = seed * 1103515245 + 12345;
+            bytes += static_cast<char>(alphabet[(seed >> 16) % sizeof alphabet]);
+        }
+        const support::GuardedBytes guarded(bytes);
+        for (std::size_t offset = 0; offset <= bytes.size(); ++offset) {
+            const std::string lines = tool::excerpt(ChPair(guarded.begin(), guarded.end()), offset);
+            ASSERT_EQ(2, std::count(lines.begin(), lines.end(), '\n'));
+            ASSERT_EQ("^\n", lines.substr(lines.size() - 2));
+            ASSERT_EQ(std::string::npos, lines.find('\x1B'));
+        }
+    }
+}
+
+}  // namespace
