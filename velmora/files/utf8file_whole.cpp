@@ -118,7 +118,11 @@ bool UTF8File::pop(Bag& bag) {
         return true;
     }
     ArrayHolder<char> block;
-    if (!allocated(*this, [&] { block.data = new char[length]; })) return false;
+    bool taken = allocated(*this, [&] {
+        if (length < 0) throw std::bad_array_new_length();  // an impossible size
+        block.data = new char[static_cast<std::size_t>(length)];
+    });
+    if (!taken) return false;
     if (!read(block.data, length)) return false;
     bag.stealFrom(block.steal(), length);
     return true;

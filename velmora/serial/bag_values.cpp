@@ -41,16 +41,13 @@ int Bag::getLong() { return get<int>(*this); }
 std::int64_t Bag::getLongLong() { return get<std::int64_t>(*this); }
 double Bag::getDouble() { return get<double>(*this); }
 
+// As it was found: not every byte is a legal bool.
+bool Bag::getBool() { return std::bit_cast<bool>(getChar()); }
+
 Bag& Bag::operator>>(bool& v) {
     char byte = getChar();
-    std::memcpy(&v, &byte, 1);  // as it was found: not every byte is a legal bool
+    std::memcpy(&v, &byte, 1);
     return *this;
-}
-
-bool Bag::getBool() {
-    bool v;
-    *this >> v;
-    return v;
 }
 
 void Bag::putString(const char* s) {
