@@ -676,13 +676,15 @@ TEST(MLDocGuessFormat, JsonOpensOneLevelWithoutAName) {
     MLDoc doc;
     doc.codePage = 1251;
     loadText(doc, "{ }");
+    const int room = doc.openNames.allocateCount;
     for (int round = 0; round < 2; ++round) {
         ASSERT_EQ(1, doc.openNames.count);
+        EXPECT_EQ(room, doc.openNames.allocateCount);
         EXPECT_EQ(nullptr, doc.openNames[0].begin);
         EXPECT_EQ(nullptr, doc.openNames[0].end);
-        // Names of an earlier document are dropped.
+        // Names of an earlier document are dropped, and the room for them too.
         doc.openNames[0] = "name";
-        doc.openNames.append(ChPair("deeper"));
+        for (int depth = 0; depth < 20; ++depth) doc.openNames.append(ChPair("deeper"));
         loadText(doc, "{ }");
     }
     EXPECT_EQ(1251, doc.codePage);

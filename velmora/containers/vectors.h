@@ -620,6 +620,7 @@ ObjectVector<T>::~ObjectVector() {
 
 // ---- the instances that the library holds ----
 
+#ifdef VELMORA_EXTERN_TEMPLATES
 extern template class VELMORA_API SimpleVector<char>;
 extern template class VELMORA_API SimpleVector<bool>;
 extern template class VELMORA_API SimpleVector<char*>;
@@ -627,6 +628,7 @@ extern template class VELMORA_API SimpleVector<ChPair>;
 extern template class VELMORA_API StructVector<ChPair>;
 extern template class VELMORA_API ArrayVector<char>;
 extern template class VELMORA_API StringVector<char>;
+#endif
 
 // Classes that bring whole instances into the export list.
 class VELMORA_API SimpleVector_bool_dummy : public SimpleVector<bool> {};

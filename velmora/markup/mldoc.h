@@ -136,7 +136,7 @@ public:
     virtual void warnSuspiciousAttribute(const Token* token, const Attribute* attribute) const;
 
     // Read a document from a file, from a copy of memory, or from a Bag, which is left empty. Limit: 100,000,000
-    // bytes. After a steal, release first or use a fresh object: the cursor is not reset without a block.
+    // bytes. After a steal use a fresh object: release does not reset the cursor when there is no block.
     // Throws: LCA__Too_big_file, LCA__Too_short_file, LCA__UTF_16_BOM_is_not_supported, LCA__Unknown_text_format,
     // LCA__XML_header_is_not_found_or, LCA__Specified_encoding_is_not, and the failures of UTF8File::load.
     void load(const char* path);
