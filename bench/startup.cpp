@@ -13,7 +13,8 @@ int main() {
         chr_tables_prepare_done = false;
         auto start = std::chrono::steady_clock::now();
         chr_tables_prepare();
-        milliseconds.push_back(std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
+        milliseconds.push_back(
+            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
     }
     std::sort(milliseconds.begin(), milliseconds.end());
     std::printf("tables              %8.3f ms, median of %d runs; slowest %.3f ms\n", milliseconds[kRuns / 2], kRuns,
