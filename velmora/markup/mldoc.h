@@ -236,7 +236,9 @@ public:
 private:
     void readDeclaration(const char* name);
 
-    void readJsonString(ChPair& text);
+    void moveTo(const char* p);
+    void readJsonString(const char* p, const char* end, ChPair& text);
+    void readJsonWord(const char* p, const char* end, ChPair& text);
     int previousJsonKind() const;
     int passJsonMember(const Token& token, const ChPair& key);
     void openJsonToken(Token& token, int previous);

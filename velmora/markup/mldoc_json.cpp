@@ -4,10 +4,12 @@
 //
 // At rest `openNames` holds token.level entries, or one more while a list is open and none of its items is. Entry i
 // names a token that opens at level i + 1; entry 0 is the root's empty name.
+#include <array>
 #include <cstring>
 
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldoc.h>
+#include <velmora/markup/scan.h>
 #include <velmora/serial/ttt.h>
 
 namespace {
@@ -19,51 +21,85 @@ constexpr int kWord = 's';
 
 [[noreturn]] void fail(int key) { throw TTT(VELMORA_DICT, key); }
 
-bool isStructure(char c) { return c == ',' || c == ':' || c == '[' || c == ']' || c == '{' || c == '}'; }
+// Classes of bytes; what a word may go on with has none.
+enum Class : unsigned char { kOther, kWhite, kStructure, kQuote, kHigh };
 
-bool isWhite(char c) { return static_cast<unsigned char>(c) <= ' '; }
+constexpr std::array<Class, 256> makeClasses() {
+    std::array<Class, 256> table = {};
+    for (std::size_t i = 0; i <= ' '; ++i) table[i] = kWhite;
+    for (std::size_t i = 128; i < 256; ++i) table[i] = kHigh;
+    for (char c : {',', ':', '[', ']', '{', '}'}) table[static_cast<unsigned char>(c)] = kStructure;
+    table['"'] = kQuote;
+    return table;
+}
+constexpr std::array<Class, 256> classes = makeClasses();
+
+Class classOf(char c) { return classes[static_cast<unsigned char>(c)]; }
+
+bool isStructure(char c) { return classOf(c) == kStructure; }
+
+// Every byte up to the blank is white. Indents are long runs of blanks.
+const char* passWhite(const char* p, const char* end) {
+    while (p != end && classOf(*p) == kWhite) {
+        ++p;
+        if (p != end && *p == ' ') p = velmora::detail::passRun(p, end, ' ');
+    }
+    return p;
+}
 
 bool oneOf(int kind, const char* kinds) { return kind != kEnd && std::strchr(kinds, kind); }
 
 }  // namespace
 
 int MLDoc::get_json_token(ChPair& text) {
-    while (position < length && isWhite(buffer[position])) ++position;
     if (position >= length) return kEnd;
-    char c = buffer[position++];
-    if (isStructure(c)) return c;
-    if (c == '"') {
-        readJsonString(text);
-        return kQuoted;
+    const char* end = buffer + length;
+    const char* p = passWhite(buffer + position, end);
+    moveTo(p);
+    if (p == end) return kEnd;
+    switch (classOf(*p)) {
+        case kStructure:
+            moveTo(p + 1);
+            return *p;
+        case kQuote:
+            readJsonString(p + 1, end, text);
+            return kQuoted;
+        default:
+            readJsonWord(p, end, text);
+            return kWord;
     }
-    // The first byte of a word may be any; of the others none may be above 127.
-    text.begin = buffer + position - 1;
-    for (; position < length; ++position) {
-        c = buffer[position];
-        if (isWhite(c) || isStructure(c) || c == '"') break;
-        if (static_cast<unsigned char>(c) > 127) {
-            ++position;
-            fail(LCA__Bad_character);
-        }
-    }
-    text.end = buffer + position;
-    return kWord;
 }
 
+void MLDoc::moveTo(const char* p) { position = static_cast<std::uint32_t>(p - buffer); }
+
 // Behind an opening quote. The text stays raw; a backslash only guards the byte behind it.
-void MLDoc::readJsonString(ChPair& text) {
-    text.begin = buffer + position;
-    while (position < length) {
-        char c = buffer[position++];
-        if (c == '"') {
-            text.end = buffer + position - 1;
+void MLDoc::readJsonString(const char* p, const char* end, ChPair& text) {
+    text.begin = const_cast<char*>(p);
+    for (;;) {
+        p = velmora::detail::findEither(p, end, '"', '\\');
+        bool ended = p == end;
+        bool guards = !ended && *p == '\\';
+        if (!guards || end - p == 1) {
+            moveTo(ended ? end : p + 1);
+            if (ended) fail(LCA__Closing_quote_is_missed);
+            if (guards) fail(LCA__Unsupported_escape_sequence);
+            text.end = const_cast<char*>(p);
             return;
         }
-        if (c != '\\') continue;
-        if (position == length) fail(LCA__Unsupported_escape_sequence);
-        ++position;
+        p += 2;
     }
-    fail(LCA__Closing_quote_is_missed);
+}
+
+// The first byte of a word may be any; of the others none may be above 127.
+void MLDoc::readJsonWord(const char* p, const char* end, ChPair& text) {
+    text.begin = const_cast<char*>(p++);
+    while (p != end && classOf(*p) == kOther) ++p;
+    if (p != end && classOf(*p) == kHigh) {
+        moveTo(p + 1);
+        fail(LCA__Bad_character);
+    }
+    moveTo(p);
+    text.end = const_cast<char*>(p);
 }
 
 // What the byte before the cursor says of the token before: all that is not structure reads as a word.

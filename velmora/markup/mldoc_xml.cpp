@@ -7,6 +7,7 @@
 
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldoc.h>
+#include <velmora/markup/scan.h>
 #include <velmora/serial/ttt.h>
 
 namespace {
@@ -217,8 +218,9 @@ bool MLDoc::attribute_xml(const Token& token, Attribute& attribute) {
     }
     trimLineEnds(attribute.value);
     bool warned = false;
-    for (char* c = attribute.value.begin; c != attribute.value.end; ++c) {
-        if (static_cast<unsigned char>(*c) >= 0x20) continue;
+    for (char* c = attribute.value.begin;; ++c) {
+        c = const_cast<char*>(velmora::detail::findControl(c, attribute.value.end));
+        if (c == attribute.value.end) break;
         if (!warned) warnSuspiciousAttribute(&token, &attribute);
         warned = true;
         *c = ' ';

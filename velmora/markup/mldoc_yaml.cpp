@@ -12,6 +12,7 @@
 
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldoc.h>
+#include <velmora/markup/scan.h>
 #include <velmora/serial/ttt.h>
 
 namespace {
@@ -62,6 +63,8 @@ public:
         if (atEnd()) fail(key);
     }
 
+    void moveTo(const char* p) { p_ += p - p_; }
+
     void passBlanks() {
         while (!atEnd() && isBlank(*p_)) ++p_;
     }
@@ -82,9 +85,9 @@ private:
 // Moves onto the quote that ends the value. Line ends belong to it.
 void findDoubleQuote(Line& line) {
     for (;; line.pass()) {
+        line.moveTo(velmora::detail::findEither(line.here(), line.bufferEnd(), '"', '\\'));
         line.need(LCA__Closing_quote_is_missed);
         if (line.peek() == '"') return;
-        if (line.peek() != '\\') continue;
         line.pass();
         line.need(LCA__Unsupported_escape_sequence);
     }
@@ -97,10 +100,15 @@ void findSingleQuote(Line& line) {
     while (line.rest() > 2 && line.peek(2) == '\'') line.pass(2);
 }
 
+// A plain value ends with its line, or at a colon that would make it a key.
 void findPlainEnd(Line& line) {
-    for (; !line.atEnd() && !isLineEnd(line.peek()); line.pass()) {
-        bool endsKey = line.rest() > 1 && static_cast<unsigned char>(line.peek(1)) <= ' ';
-        if (line.peek() == ':' && endsKey) return;
+    using namespace velmora::detail;
+    for (;; line.pass()) {
+        line.moveTo(scanUntil(
+            line.here(), line.bufferEnd(), [](std::uint64_t b) { return anyIs(b, ':') | anyBelow(b, 0x20); },
+            [](char c) { return c == ':' || isLineEnd(c); }));
+        if (line.atEnd() || line.peek() != ':') return;
+        if (line.rest() > 1 && static_cast<unsigned char>(line.peek(1)) <= ' ') return;
     }
 }
 
@@ -155,8 +163,10 @@ void passLineEnd(Line& line) {
 // Measures the indent of the next line that is not blank. Returns: false when there is none.
 bool passIndent(Line& line, ChPair& lineStart, int& indent) {
     for (;;) {
-        indent = 0;
         lineStart.begin = line.here();
+        const char* start = line.here();
+        line.moveTo(velmora::detail::passRun(start, line.bufferEnd(), ' '));
+        indent = static_cast<int>(line.here() - start);
         for (; !line.atEnd() && isBlank(line.peek()); line.pass()) indent += line.peek() == '\t' ? kTabIndent : 1;
         if (line.atEnd()) return false;
         if (!isLineEnd(line.peek())) return true;

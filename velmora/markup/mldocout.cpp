@@ -6,6 +6,7 @@
 
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldocout_escape.h>
+#include <velmora/markup/mldocout_stage.h>
 #include <velmora/serial/ttt.h>
 #include <velmora/text/formatting.h>
 
@@ -13,7 +14,7 @@ namespace {
 
 constexpr char kTab = '\t';
 constexpr char kBlank = ' ';
-constexpr std::size_t kMostFormatted = 4096;  // bytes of one formatted text
+constexpr int kMostFormatted = 4096;  // bytes of one formatted text
 
 }  // namespace
 
@@ -72,8 +73,11 @@ void MLDocOut::begin(Writer& sink) {
             writeLn("<?xml version= \"1.0\" encoding=\"utf-8\"?>");
             break;
         case JSON:
-            write('{');
-            if (!has(CompactMode)) writeLineEnd();
+            if (has(CompactMode)) {
+                write('{');
+            } else {
+                writeLn("{");
+            }
             indent = 1;
             break;
         case YAML:
@@ -87,7 +91,7 @@ void MLDocOut::begin(Writer& sink) {
 void MLDocOut::end() {
     if (depth != 0) throw TTT(VELMORA_DICT, LCA__Not_enough_closing_tags);
     if (format == JSON) {
-        if (lastName.count != 0) writeLineEnd();
+        if (lastName.count != 0) writeLn(nullptr);
         writeLn("}");
         --indent;
     }
@@ -96,11 +100,13 @@ void MLDocOut::end() {
 }
 
 void MLDocOut::writeLn(const char* s) {
-    write(ChPair(s));
-    writeLineEnd();
+    Stage stage(*this);
+    stage.add(ChPair(s));
+    addLineEnd(stage);
+    stage.flush();
 }
 
-void MLDocOut::writeLineEnd() { write(ChPair(eoln)); }
+void MLDocOut::addLineEnd(Stage& stage) { stage.add(ChPair(eoln)); }
 
 void MLDocOut::writef(const char* fmt, ...) {
     va_list args;
@@ -110,16 +116,14 @@ void MLDocOut::writef(const char* fmt, ...) {
     write(text.begin(), static_cast<int>(text.size()));
 }
 
-// Texts side by side in one write, with the limit of a formatted text.
-void MLDocOut::writePieces(std::initializer_list<ChPair> pieces) {
-    char text[kMostFormatted];
-    std::size_t size = 0;
+// Texts side by side, with the limit of a formatted text.
+void MLDocOut::addPieces(Stage& stage, std::initializer_list<ChPair> pieces) {
+    int room = kMostFormatted;
     for (const ChPair& piece : pieces) {
-        std::size_t n = std::min(static_cast<std::size_t>(piece.len()), kMostFormatted - size);
-        if (n != 0) std::memcpy(text + size, piece.begin, n);
-        size += n;
+        int n = std::min(piece.len(), room);
+        stage.add(piece.begin, n);
+        room -= n;
     }
-    write(text, static_cast<int>(size));
 }
 
 void MLDocOut::writeIndent() {
@@ -130,20 +134,34 @@ void MLDocOut::writeIndent() {
     }
 }
 
+void MLDocOut::addIndent(Stage& stage) {
+    if (tabSize < 1) {
+        addChars(stage, indent, kTab);
+    } else {
+        addChars(stage, indent * tabSize, kBlank);
+    }
+}
+
 // What stands in front of the first entry of an item when it goes on the same line.
-void MLDocOut::writeCompactIndent() { writeChars(tabSize - 1, kBlank); }
+void MLDocOut::addCompactIndent(Stage& stage) { addChars(stage, tabSize - 1, kBlank); }
 
 // The dash of a YAML item takes the last two blanks of its indent.
-void MLDocOut::writeDash() {
-    writeChars(tabSize * indent - 2, kBlank);
-    write("- ", 2);
+void MLDocOut::addDash(Stage& stage) {
+    addChars(stage, tabSize * indent - 2, kBlank);
+    stage.add("- ", 2);
+}
+
+// At least `n` bytes of indentation. What is there already keeps the character it was made with.
+const char* MLDocOut::filled(int n, char c) {
+    int missing = n - fill.count;
+    if (missing > 0) std::memset(fill.insert(fill.count, missing), c, static_cast<std::size_t>(missing));
+    return fill();
+}
+
+void MLDocOut::addChars(Stage& stage, int n, char c) {
+    if (n > 0) stage.add(filled(n, c), n);
 }
 
 void MLDocOut::writeChars(int n, char c) {
-    if (n < 0) return;
-    if (n > fill.count) {
-        int missing = n - fill.count;
-        std::memset(fill.insert(fill.count, missing), c, static_cast<std::size_t>(missing));
-    }
-    write(fill(), n);
+    if (n >= 0) write(filled(n, c), n);
 }

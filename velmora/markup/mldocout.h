@@ -173,18 +173,25 @@ protected:
     void writeChars(int n, char c);
 
 private:
+    class Stage;
+
     bool has(State bit) const { return (state & bit) != 0; }
     void set(State bit) { state |= bit; }
     void clear(State bit) { state &= ~bit; }
     bool leavesOut(bool nothing, bool skip) const;
-    void writeLineEnd();
-    void writeCompactIndent();
-    void writeDash();
-    void writePieces(std::initializer_list<ChPair> pieces);
-    void writeQuoted(const ChPair& v);
-    void writeCell(const ChPair& v);
-    void writeYamlText(const ChPair& v);
-    void openJsonArray(const char* name);
+    const char* filled(int n, char c);
+    void addChars(Stage& stage, int n, char c);
+    void addIndent(Stage& stage);
+    void addLineEnd(Stage& stage);
+    void addCompactIndent(Stage& stage);
+    void addDash(Stage& stage);
+    void addPieces(Stage& stage, std::initializer_list<ChPair> pieces);
+    void addEscaped(Stage& stage, const ChPair& s);
+    void addName(Stage& stage, const char* name);
+    void addQuoted(Stage& stage, const ChPair& v);
+    void addQuotedEscaped(Stage& stage, const ChPair& v);
+    void addYamlText(Stage& stage, const ChPair& v);
+    void openJsonArray(Stage& stage, const char* name);
     void beginItemXml(const char* name);
     void beginItemJson(const char* name);
     void beginItemYaml(const char* name);

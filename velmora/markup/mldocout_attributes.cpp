@@ -1,4 +1,5 @@
 // Attributes. Each typed writer makes a text and picks the value writer that suits it; quoting is the value writer's.
+#include <array>
 #include <charconv>
 #include <cstdarg>
 #include <cstdio>
@@ -6,6 +7,7 @@
 
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldocout.h>
+#include <velmora/markup/mldocout_stage.h>
 #include <velmora/serial/tags.h>
 #include <velmora/serial/ttt.h>
 #include <velmora/text/charr.h>
@@ -13,6 +15,9 @@
 #include <velmora/text/timetext.h>
 
 namespace {
+
+constexpr char kCell[] = "<td>";
+constexpr char kCellEnd[] = "</td>";
 
 // Text of a number on the stack.
 class NumberText {
@@ -28,17 +33,14 @@ private:
 
 // Whether a text must go between double quotes in YAML, with its escapes.
 bool needsYamlEscapes(const ChPair& v) {
+    static constexpr auto special = [] {
+        std::array<bool, 256> table = {};
+        for (std::size_t i = 0; i < 0x20; ++i) table[i] = true;
+        for (char c : {'"', '\'', '-', '\\', ':'}) table[static_cast<unsigned char>(c)] = true;
+        return table;
+    }();
     for (const char* p = v.begin; p != v.end; ++p) {
-        switch (*p) {
-            case '"':
-            case '\'':
-            case '-':
-            case '\\':
-            case ':':
-                return true;
-            default:
-                if (static_cast<unsigned char>(*p) < 0x20) return true;
-        }
+        if (special[static_cast<unsigned char>(*p)]) return true;
     }
     return false;
 }
@@ -54,45 +56,51 @@ bool mayBeginPlain(char c) {
 bool MLDocOut::leavesOut(bool nothing, bool skip) const { return nothing && skip && format != HTML && format != CSV; }
 
 void MLDocOut::writeAttrName(const char* name) {
+    Stage stage(*this);
+    addName(stage, name);
+    stage.flush();
+}
+
+void MLDocOut::addName(Stage& stage, const char* name) {
     if (!has(AttributesOpen)) throw TTT(VELMORA_DICT, LCA__Could_not_write_attribute);
     bool first = !has(NeedSeparator);
     switch (format) {
         case XML:
             if (has(CompactMode)) {
-                write(' ');
+                stage.add(' ');
             } else {
-                writeLineEnd();
-                writeIndent();
+                addLineEnd(stage);
+                addIndent(stage);
             }
-            writePieces({name, "="});
+            addPieces(stage, {name, "="});
             break;
         case JSON:
-            if (!first) write(',');
+            if (!first) stage.add(',');
             if (!has(CompactMode)) {
-                writeLineEnd();
-                writeIndent();
+                addLineEnd(stage);
+                addIndent(stage);
             } else if (first) {
-                writeCompactIndent();
+                addCompactIndent(stage);
             } else {
-                writeChars(1, ' ');
+                addChars(stage, 1, ' ');
             }
             set(NeedSeparator);
-            writePieces({"\"", name, "\": "});
+            addPieces(stage, {"\"", name, "\": "});
             break;
         case YAML:
             if (first) {
-                writeDash();
+                addDash(stage);
                 set(NeedSeparator);
             } else {
-                writeIndent();
+                addIndent(stage);
             }
-            writePieces({name, ": "});
+            addPieces(stage, {name, ": "});
             break;
         case CSV:
             if (first) {
                 set(NeedSeparator);
             } else {
-                write(',');
+                stage.add(',');
             }
             break;
         default:
@@ -100,103 +108,109 @@ void MLDocOut::writeAttrName(const char* name) {
     }
 }
 
-void MLDocOut::writeQuoted(const ChPair& v) {
-    write('"');
-    write(v);
-    write('"');
+void MLDocOut::addQuoted(Stage& stage, const ChPair& v) {
+    stage.add('"');
+    stage.add(v);
+    stage.add('"');
 }
 
-void MLDocOut::writeCell(const ChPair& v) {
-    write("<td>", 4);
-    write(v);
-    write("</td>", 5);
+void MLDocOut::addQuotedEscaped(Stage& stage, const ChPair& v) {
+    stage.add('"');
+    addEscaped(stage, v);
+    stage.add('"');
 }
 
 void MLDocOut::writeSimpleAttr(const char* name, const ChPair& v) {
-    if (format != JSON) {
-        if (format == YAML && v.empty()) return writeEmptyAttr(name);
-        return writeSimplestAttr(name, v);
-    }
-    writeAttrName(name);
-    writeQuoted(v);
+    if (format == YAML && v.empty()) return writeEmptyAttr(name);
+    if (format != JSON) return writeSimplestAttr(name, v);
+    Stage stage(*this);
+    addName(stage, name);
+    addQuoted(stage, v);
+    stage.flush();
 }
 
 void MLDocOut::writeSimplestAttr(const char* name, const ChPair& v) {
-    writeAttrName(name);
+    Stage stage(*this);
+    addName(stage, name);
     switch (format) {
         case XML:
-            writeQuoted(v);
+            addQuoted(stage, v);
             break;
         case JSON:
         case CSV:
-            write(v);
+            stage.add(v);
             break;
         case YAML:
-            write(v);
-            writeLineEnd();
+            stage.add(v);
+            addLineEnd(stage);
             break;
         case HTML:
-            writeCell(v);
+            stage.add(kCell);
+            stage.add(v);
+            stage.add(kCellEnd);
             break;
         default:
             break;
     }
+    stage.flush();
 }
 
 void MLDocOut::writeEmptyAttr(const char* name) {
-    writeAttrName(name);
+    Stage stage(*this);
+    addName(stage, name);
     switch (format) {
         case XML:
         case JSON:
-            write("\"\"", 2);
+            addQuoted(stage, ChPair());
             break;
         case YAML:
-            writeLn("''");
+            stage.add("''", 2);
+            addLineEnd(stage);
             break;
         case HTML:
-            writeCell(ChPair());
+            stage.add(kCell);
+            stage.add(kCellEnd);
             break;
         default:
             break;
     }
+    stage.flush();
 }
 
 void MLDocOut::writeStrAttr(const char* name, const ChPair& v, bool skipEmpty) {
     if (leavesOut(v.empty(), skipEmpty)) return;
-    writeAttrName(name);
+    Stage stage(*this);
+    addName(stage, name);
     switch (format) {
         case XML:
         case JSON:
         case CSV:
-            write('"');
-            writeEscaped(v);
-            write('"');
+            addQuotedEscaped(stage, v);
             break;
         case YAML:
-            writeYamlText(v);
-            writeLineEnd();
+            addYamlText(stage, v);
+            addLineEnd(stage);
             break;
         case HTML:
-            write("<td>", 4);
-            writeEscaped(v);
-            write("</td>", 5);
+            stage.add(kCell);
+            addEscaped(stage, v);
+            stage.add(kCellEnd);
             break;
         default:
             break;
     }
+    stage.flush();
 }
 
-void MLDocOut::writeYamlText(const ChPair& v) {
+void MLDocOut::addYamlText(Stage& stage, const ChPair& v) {
     if (!v.empty() && needsYamlEscapes(v)) {
-        write('"');
-        writeEscaped(v);
-        write('"');
+        addQuotedEscaped(stage, v);
     } else if (!v.empty() && v.end[-1] != ' ' && mayBeginPlain(*v.begin)) {
-        write(v);
+        stage.add(v);
     } else {
-        write('\'');
-        write(v);
-        write('\'');
+        stage.add('\'');
+        stage.add(v);
+        stage.add('\'');
     }
 }
 
@@ -290,26 +304,29 @@ void MLDocOut::writeEnumAttr(const char* name, unsigned v, const PairTag* tags) 
 }
 
 void MLDocOut::writeFlagsAttr(const char* name, unsigned v, const PairTag* tags) {
-    writeAttrName(name);
+    Stage stage(*this);
+    addName(stage, name);
     if (format == HTML) {
-        write("<td>", 4);
+        stage.add(kCell);
     } else if (format != YAML) {
-        write('"');
+        stage.add('"');
     }
     bool first = true;
     for (const PairTag* tag = tags; tag->name; ++tag) {
         auto bits = static_cast<unsigned>(tag->value);
         if ((v & bits) == 0) continue;
         v &= ~bits;
-        if (!first) write(' ');
+        if (!first) stage.add(' ');
         first = false;
-        write(ChPair(tag->name));
+        stage.add(ChPair(tag->name));
     }
     if (format == HTML) {
-        write("</td>", 5);
+        stage.add(kCellEnd);
     } else if (format == YAML) {
-        writeLn(first ? "''" : "");
+        if (first) stage.add("''", 2);
+        addLineEnd(stage);
     } else {
-        write('"');
+        stage.add('"');
     }
+    stage.flush();
 }

@@ -1,9 +1,12 @@
 // Escaping works byte by byte, so that UTF-8 sequences pass through unchanged.
 #include <velmora/markup/mldocout_escape.h>
 
+#include <array>
 #include <cstring>
+#include <initializer_list>
 
 #include <velmora/markup/mldocout.h>
+#include <velmora/markup/mldocout_stage.h>
 #include <velmora/text/charr.h>
 
 namespace {
@@ -21,6 +24,23 @@ void escapeStretches(Function function, const ChPair& s, Take take) {
         from = p + 1;
     }
     if (s.end != from) take(from, static_cast<int>(s.end - from));
+}
+
+// The bytes that a function replaces, by value.
+constexpr std::array<bool, 256> bytesOf(std::initializer_list<char> list) {
+    std::array<bool, 256> table = {};
+    for (char c : list) table[static_cast<unsigned char>(c)] = true;
+    return table;
+}
+constexpr auto xmlHtmlBytes = bytesOf({'"', '&', '\'', '<', '>'});
+constexpr auto jsonYamlBytes = bytesOf({'\b', '\t', '\n', '\f', '\r', '"', '\\'});
+
+// A function that is called only for the bytes which it replaces.
+template <const std::array<bool, 256>& bytes>
+auto knownFunction(MLDocOut::Escape function) {
+    return [function](char c, int& length) -> const char* {
+        return bytes[static_cast<unsigned char>(c)] ? function(c, length) : nullptr;
+    };
 }
 
 const char* literal(const char* text, int length, int& outLength) {
@@ -103,14 +123,21 @@ void MLDocOut::escapeStringJSONYAML(const ChPair& s, Bag& out) {
     escapeString(velmora::detail::escapeJsonYaml, s, out);
 }
 
-// Straight to the sink, in stretches. The two functions of the library are inlined here; a client's own is called.
 void MLDocOut::writeEscaped(const ChPair& s) {
-    auto toSink = [this](const char* text, int n) { write(text, n); };
+    Stage stage(*this);
+    addEscaped(stage, s);
+    stage.flush();
+}
+
+// Straight to the sink, in stretches. The bytes that the library's two functions replace are known; a client's own
+// function is asked for each.
+void MLDocOut::addEscaped(Stage& stage, const ChPair& s) {
+    auto toStage = [&stage](const char* text, int n) { stage.add(text, n); };
     if (escape == velmora::detail::escapeXmlHtml) {
-        escapeStretches([](char c, int& n) { return velmora::detail::escapeXmlHtml(c, n); }, s, toSink);
+        escapeStretches(knownFunction<xmlHtmlBytes>(escape), s, toStage);
     } else if (escape == velmora::detail::escapeJsonYaml) {
-        escapeStretches([](char c, int& n) { return velmora::detail::escapeJsonYaml(c, n); }, s, toSink);
+        escapeStretches(knownFunction<jsonYamlBytes>(escape), s, toStage);
     } else {
-        escapeStretches(escape, s, toSink);
+        escapeStretches(escape, s, toStage);
     }
 }

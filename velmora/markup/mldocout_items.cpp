@@ -3,6 +3,7 @@
 // an array goes on or ends, which is what `lastName` is kept for.
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldocout.h>
+#include <velmora/markup/mldocout_stage.h>
 #include <velmora/serial/ttt.h>
 
 namespace {
@@ -39,50 +40,58 @@ void MLDocOut::beginItem(const char* name) {
 
 void MLDocOut::beginItemXml(const char* name) {
     if (has(InContent)) throw TTT(VELMORA_DICT, LCA__Attempt_start_nested_token);
-    if (has(TagOpen)) writeLn(">");
-    writeIndent();
-    write('<');
-    write(ChPair(name));
+    Stage stage(*this);
+    if (has(TagOpen)) {
+        stage.add('>');
+        addLineEnd(stage);
+    }
+    addIndent(stage);
+    stage.add('<');
+    stage.add(ChPair(name));
+    stage.flush();
     set(TagOpen);
     ++indent;
 }
 
-void MLDocOut::openJsonArray(const char* name) {
-    writePieces({"\"", name, "\": [", eoln});
+void MLDocOut::openJsonArray(Stage& stage, const char* name) {
+    addPieces(stage, {"\"", name, "\": [", eoln});
     ++indent;
-    writeIndent();
+    addIndent(stage);
 }
 
 void MLDocOut::beginItemJson(const char* name) {
+    Stage stage(*this);
     if (depth == 0) {
         if (has(CompactMode)) {
-            writeCompactIndent();
+            addCompactIndent(stage);
         } else {
-            writeIndent();
+            addIndent(stage);
         }
-        writePieces({"\"", name, "\": "});
+        addPieces(stage, {"\"", name, "\": "});
     } else if (lastName.count != 0 && lastName == name) {
-        if (has(NeedSeparator)) write(',');
-        writeLineEnd();
-        writeIndent();
+        if (has(NeedSeparator)) stage.add(',');
+        addLineEnd(stage);
+        addIndent(stage);
     } else if (lastName.count != 0) {
-        writeLineEnd();
+        addLineEnd(stage);
         --indent;
-        writeIndent();
-        writeLn("],");
-        writeIndent();
-        openJsonArray(name);
+        addIndent(stage);
+        stage.add("],", 2);
+        addLineEnd(stage);
+        addIndent(stage);
+        openJsonArray(stage, name);
     } else {
-        if (has(NeedSeparator)) write(',');
+        if (has(NeedSeparator)) stage.add(',');
         if (has(CompactMode) && !has(NeedSeparator)) {
-            writeCompactIndent();
+            addCompactIndent(stage);
         } else {
-            writeLineEnd();
-            writeIndent();
+            addLineEnd(stage);
+            addIndent(stage);
         }
-        openJsonArray(name);
+        openJsonArray(stage, name);
     }
-    write('{');
+    stage.add('{');
+    stage.flush();
     ++indent;
     lastName.truncate();
     clear(NeedSeparator);
@@ -91,14 +100,14 @@ void MLDocOut::beginItemJson(const char* name) {
 void MLDocOut::beginItemYaml(const char* name) {
     bool sequenceGoesOn = depth != 0 && lastName.count != 0 && lastName == name;
     if (!sequenceGoesOn) {
-        if (depth != 0) {
-            if (lastName.count != 0 || has(NeedSeparator)) {
-                writeIndent();
-            } else {
-                writeDash();
-            }
+        Stage stage(*this);
+        if (depth != 0 && (lastName.count != 0 || has(NeedSeparator))) {
+            addIndent(stage);
+        } else if (depth != 0) {
+            addDash(stage);
         }
-        writePieces({name, ":", eoln});
+        addPieces(stage, {name, ":", eoln});
+        stage.flush();
     }
     lastName.truncate();
     clear(NeedSeparator);
@@ -147,35 +156,41 @@ void MLDocOut::endItem(const char* name) {
 
 void MLDocOut::endItemXml(const char* name) {
     --indent;
+    Stage stage(*this);
     if (has(TagOpen)) {
         clear(TagOpen);
         if (!has(CompactMode)) {
-            writeLineEnd();
-            writeIndent();
+            addLineEnd(stage);
+            addIndent(stage);
         }
-        writeLn("/>");
-        return;
+        stage.add("/>", 2);
+        addLineEnd(stage);
+    } else {
+        if (!has(InContent)) addIndent(stage);
+        clear(InContent);
+        addPieces(stage, {"</", name, ">", eoln});
     }
-    if (!has(InContent)) writeIndent();
-    clear(InContent);
-    writePieces({"</", name, ">", eoln});
+    stage.flush();
 }
 
 void MLDocOut::endItemJson(const char* name) {
     --indent;
+    Stage stage(*this);
     if (lastName.count != 0) {
-        writeLineEnd();
-        writeIndent();
-        writeLn("]");
+        addLineEnd(stage);
+        addIndent(stage);
+        stage.add(']');
+        addLineEnd(stage);
         --indent;
-        writeIndent();
+        addIndent(stage);
     } else if (has(CompactMode)) {
-        writeCompactIndent();
+        addCompactIndent(stage);
     } else {
-        writeLineEnd();
-        writeIndent();
+        addLineEnd(stage);
+        addIndent(stage);
     }
-    write('}');
+    stage.add('}');
+    stage.flush();
     lastName.truncate();
     lastName.append(name);
     set(NeedSeparator);
