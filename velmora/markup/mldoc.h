@@ -236,14 +236,12 @@ public:
 private:
     void readDeclaration(const char* name);
 
-    void moveTo(const char* p);
-    void readJsonString(const char* p, const char* end, ChPair& text);
-    void readJsonWord(const char* p, const char* end, ChPair& text);
+    class JsonCursor;
     int previousJsonKind() const;
-    int passJsonMember(const Token& token, const ChPair& key);
+    int passJsonMember(JsonCursor& cursor, const Token& token, const ChPair& key);
     void openJsonToken(Token& token, int previous);
     void closeJsonToken(Token& token, int previous);
-    void deliverJsonToken(Token& token, bool opening);
+    bool deliverJsonToken(const JsonCursor& cursor, Token& token, bool opening);
 
     int yamlLineLevel() const;
     bool yamlLineIsAttributeOf(const Token& token) const;

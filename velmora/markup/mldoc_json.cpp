@@ -4,6 +4,7 @@
 //
 // At rest `openNames` holds token.level entries, or one more while a list is open and none of its items is. Entry i
 // names a token that opens at level i + 1; entry 0 is the root's empty name.
+#include <algorithm>
 #include <array>
 #include <cstring>
 
@@ -51,55 +52,69 @@ bool oneOf(int kind, const char* kinds) { return kind != kEnd && std::strchr(kin
 
 }  // namespace
 
+// The rest of the buffer, and the place in it, which becomes the document's position when the cursor goes, by whichever
+// door.
+class MLDoc::JsonCursor {
+public:
+    explicit JsonCursor(MLDoc& doc)
+        : doc_(doc), p_(doc.buffer + std::min(doc.position, doc.length)), end_(doc.buffer + doc.length) {}
+    JsonCursor(const JsonCursor&) = delete;
+    void operator=(const JsonCursor&) = delete;
+    ~JsonCursor() { doc_.position = static_cast<std::uint32_t>(p_ - doc_.buffer); }
+
+    const char* here() const { return p_; }
+    void moveTo(const char* p) { p_ = p; }
+
+    int next(ChPair& text) {
+        p_ = passWhite(p_, end_);
+        if (p_ == end_) return kEnd;
+        char c = *p_;
+        switch (classOf(c)) {
+            case kStructure:
+                ++p_;
+                return c;
+            case kQuote:
+                ++p_;
+                readString(text);
+                return kQuoted;
+            default:
+                readWord(text);
+                return kWord;
+        }
+    }
+
+private:
+    MLDoc& doc_;
+    const char* p_;
+    const char* const end_;
+
+    // Behind an opening quote. The text stays raw; a backslash only guards the byte behind it.
+    void readString(ChPair& text) {
+        text.begin = const_cast<char*>(p_);
+        for (;; ++p_) {
+            p_ = velmora::detail::findEither(p_, end_, '"', '\\');
+            if (p_ == end_) fail(LCA__Closing_quote_is_missed);
+            if (*p_ == '"') break;
+            if (++p_ == end_) fail(LCA__Unsupported_escape_sequence);
+        }
+        text.end = const_cast<char*>(p_++);
+    }
+
+    // The first byte of a word may be any; of the others none may be above 127.
+    void readWord(ChPair& text) {
+        text.begin = const_cast<char*>(p_++);
+        while (p_ != end_ && classOf(*p_) == kOther) ++p_;
+        text.end = const_cast<char*>(p_);
+        if (p_ != end_ && classOf(*p_) == kHigh) {
+            ++p_;
+            fail(LCA__Bad_character);
+        }
+    }
+};
+
 int MLDoc::get_json_token(ChPair& text) {
     if (position >= length) return kEnd;
-    const char* end = buffer + length;
-    const char* p = passWhite(buffer + position, end);
-    moveTo(p);
-    if (p == end) return kEnd;
-    switch (classOf(*p)) {
-        case kStructure:
-            moveTo(p + 1);
-            return *p;
-        case kQuote:
-            readJsonString(p + 1, end, text);
-            return kQuoted;
-        default:
-            readJsonWord(p, end, text);
-            return kWord;
-    }
-}
-
-void MLDoc::moveTo(const char* p) { position = static_cast<std::uint32_t>(p - buffer); }
-
-// Behind an opening quote. The text stays raw; a backslash only guards the byte behind it.
-void MLDoc::readJsonString(const char* p, const char* end, ChPair& text) {
-    text.begin = const_cast<char*>(p);
-    for (;;) {
-        p = velmora::detail::findEither(p, end, '"', '\\');
-        bool ended = p == end;
-        bool guards = !ended && *p == '\\';
-        if (!guards || end - p == 1) {
-            moveTo(ended ? end : p + 1);
-            if (ended) fail(LCA__Closing_quote_is_missed);
-            if (guards) fail(LCA__Unsupported_escape_sequence);
-            text.end = const_cast<char*>(p);
-            return;
-        }
-        p += 2;
-    }
-}
-
-// The first byte of a word may be any; of the others none may be above 127.
-void MLDoc::readJsonWord(const char* p, const char* end, ChPair& text) {
-    text.begin = const_cast<char*>(p++);
-    while (p != end && classOf(*p) == kOther) ++p;
-    if (p != end && classOf(*p) == kHigh) {
-        moveTo(p + 1);
-        fail(LCA__Bad_character);
-    }
-    moveTo(p);
-    text.end = const_cast<char*>(p);
+    return JsonCursor(*this).next(text);
 }
 
 // What the byte before the cursor says of the token before: all that is not structure reads as a word.
@@ -111,9 +126,10 @@ int MLDoc::previousJsonKind() const {
 
 bool MLDoc::step_json(Token& token) {
     if (position >= length) return false;
-    ChPair text;
     int previous = previousJsonKind();
-    for (int kind; (kind = get_json_token(text)) != kEnd; previous = kind) {
+    JsonCursor cursor(*this);
+    ChPair text;
+    for (int kind; (kind = cursor.next(text)) != kEnd; previous = kind) {
         switch (kind) {
             case ',':
                 if (!oneOf(previous, "]}sq")) fail(LCA__Unexpected);
@@ -125,14 +141,14 @@ bool MLDoc::step_json(Token& token) {
                 break;
             case kQuoted:
                 if (!oneOf(previous, "{,")) fail(LCA__Unexpected_string);
-                kind = passJsonMember(token, text);
+                kind = passJsonMember(cursor, token, text);
                 break;
             case '{':
                 openJsonToken(token, previous);
-                return true;
+                return deliverJsonToken(cursor, token, true);
             case '}':
                 closeJsonToken(token, previous);
-                return true;
+                return deliverJsonToken(cursor, token, false);
             default:
                 fail(LCA__Unexpected_JSON_item);
         }
@@ -143,16 +159,16 @@ bool MLDoc::step_json(Token& token) {
 }
 
 // Behind a key. Returns: the kind that the next token sees as the one before it.
-int MLDoc::passJsonMember(const Token& token, const ChPair& key) {
+int MLDoc::passJsonMember(JsonCursor& cursor, const Token& token, const ChPair& key) {
     ChPair text;
-    if (get_json_token(text) != ':') fail(LCA__Expected__0);
-    std::uint32_t behindColon = position;
-    int kind = get_json_token(text);
+    if (cursor.next(text) != ':') fail(LCA__Expected__0);
+    const char* behindColon = cursor.here();
+    int kind = cursor.next(text);
     if (kind == '[') {
         if (token.level != openNames.count) fail(LCA__Bad_nesting);
         openNames.append(key);
     } else if (kind == '{' && token.level == 1 && openNames.count == 1) {
-        position = behindColon;  // the brace is read again, as the child's own
+        cursor.moveTo(behindColon);  // the brace is read again, as the child's own
         openNames.append(key);
         kind = kWord;
     } else if (kind != kQuoted && kind != kWord) {
@@ -166,7 +182,6 @@ void MLDoc::openJsonToken(Token& token, int previous) {
     if (previous != kEnd && !oneOf(previous, "[,") && !member) fail(LCA__Unexpected__1);
     if (token.level + 1 != openNames.count || token.level < 0) fail(LCA__Bad_nesting);
     token.name = openNames[token.level++];
-    deliverJsonToken(token, true);
 }
 
 void MLDoc::closeJsonToken(Token& token, int previous) {
@@ -179,25 +194,26 @@ void MLDoc::closeJsonToken(Token& token, int previous) {
     }
     if (token.level != openNames.count || token.level < 1) fail(LCA__Bad_nesting);
     token.name = openNames[--token.level];
-    deliverJsonToken(token, false);
 }
 
-void MLDoc::deliverJsonToken(Token& token, bool opening) {
-    token.body.assign(buffer + position, buffer + length);
+bool MLDoc::deliverJsonToken(const JsonCursor& cursor, Token& token, bool opening) {
+    token.body.assign(cursor.here(), buffer + length);
     token.kind = 0;
     token.opening = opening;
     token.closing = !opening;
+    return true;
 }
 
 bool MLDoc::attribute_json(const Token& token, Attribute& attribute) {
+    JsonCursor cursor(*this);
     ChPair text;
-    int kind = get_json_token(text);
-    if (kind == ',') kind = get_json_token(text);
+    int kind = cursor.next(text);
+    if (kind == ',') kind = cursor.next(text);
     switch (kind) {
         case kQuoted:
             break;
         case '}':
-            --position;
+            cursor.moveTo(cursor.here() - 1);
             return false;
         case '[':
         case ']':
@@ -207,9 +223,9 @@ bool MLDoc::attribute_json(const Token& token, Attribute& attribute) {
             fail(LCA__Unexpected_JSON_item);
     }
     ChPair key = text;
-    if (get_json_token(text) != ':') fail(LCA__Expected__0);
-    std::uint32_t behindColon = position;
-    kind = get_json_token(text);
+    if (cursor.next(text) != ':') fail(LCA__Expected__0);
+    const char* behindColon = cursor.here();
+    kind = cursor.next(text);
     if (kind == kQuoted || kind == kWord) {
         attribute.name = key;
         attribute.value = text;
@@ -217,7 +233,7 @@ bool MLDoc::attribute_json(const Token& token, Attribute& attribute) {
     }
     bool member = kind == '{' && openNames.count == 1;
     if (member) {
-        position = behindColon;
+        cursor.moveTo(behindColon);
     } else if (kind != '[') {
         fail(LCA__Expected_string);
     }

@@ -116,6 +116,9 @@ void MLDocOut::writef(const char* fmt, ...) {
     write(text.begin(), static_cast<int>(text.size()));
 }
 
+// Whether what is written around a name, a few bytes and a line end, keeps within the limit of a formatted text.
+bool MLDocOut::isShort(const ChPair& name) { return name.len() < kMostFormatted / 2; }
+
 // Texts side by side, with the limit of a formatted text.
 void MLDocOut::addPieces(Stage& stage, std::initializer_list<ChPair> pieces) {
     int room = kMostFormatted;
@@ -148,7 +151,7 @@ void MLDocOut::addCompactIndent(Stage& stage) { addChars(stage, tabSize - 1, kBl
 // The dash of a YAML item takes the last two blanks of its indent.
 void MLDocOut::addDash(Stage& stage) {
     addChars(stage, tabSize * indent - 2, kBlank);
-    stage.add("- ", 2);
+    stage.literal("- ");
 }
 
 // At least `n` bytes of indentation. What is there already keeps the character it was made with.

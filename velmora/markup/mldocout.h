@@ -185,6 +185,7 @@ private:
     void addLineEnd(Stage& stage);
     void addCompactIndent(Stage& stage);
     void addDash(Stage& stage);
+    static bool isShort(const ChPair& name);
     void addPieces(Stage& stage, std::initializer_list<ChPair> pieces);
     void addEscaped(Stage& stage, const ChPair& s);
     void addName(Stage& stage, const char* name);

@@ -16,9 +16,6 @@
 
 namespace {
 
-constexpr char kCell[] = "<td>";
-constexpr char kCellEnd[] = "</td>";
-
 // Text of a number on the stack.
 class NumberText {
 public:
@@ -64,6 +61,8 @@ void MLDocOut::writeAttrName(const char* name) {
 void MLDocOut::addName(Stage& stage, const char* name) {
     if (!has(AttributesOpen)) throw TTT(VELMORA_DICT, LCA__Could_not_write_attribute);
     bool first = !has(NeedSeparator);
+    ChPair text(name);
+    bool isCut = !isShort(text);
     switch (format) {
         case XML:
             if (has(CompactMode)) {
@@ -72,7 +71,9 @@ void MLDocOut::addName(Stage& stage, const char* name) {
                 addLineEnd(stage);
                 addIndent(stage);
             }
-            addPieces(stage, {name, "="});
+            if (isCut) return addPieces(stage, {text, "="});
+            stage.add(text);
+            stage.add('=');
             break;
         case JSON:
             if (!first) stage.add(',');
@@ -85,7 +86,10 @@ void MLDocOut::addName(Stage& stage, const char* name) {
                 addChars(stage, 1, ' ');
             }
             set(NeedSeparator);
-            addPieces(stage, {"\"", name, "\": "});
+            if (isCut) return addPieces(stage, {"\"", text, "\": "});
+            stage.add('"');
+            stage.add(text);
+            stage.literal("\": ");
             break;
         case YAML:
             if (first) {
@@ -94,7 +98,9 @@ void MLDocOut::addName(Stage& stage, const char* name) {
             } else {
                 addIndent(stage);
             }
-            addPieces(stage, {name, ": "});
+            if (isCut) return addPieces(stage, {text, ": "});
+            stage.add(text);
+            stage.literal(": ");
             break;
         case CSV:
             if (first) {
@@ -145,9 +151,9 @@ void MLDocOut::writeSimplestAttr(const char* name, const ChPair& v) {
             addLineEnd(stage);
             break;
         case HTML:
-            stage.add(kCell);
+            stage.literal("<td>");
             stage.add(v);
-            stage.add(kCellEnd);
+            stage.literal("</td>");
             break;
         default:
             break;
@@ -164,12 +170,12 @@ void MLDocOut::writeEmptyAttr(const char* name) {
             addQuoted(stage, ChPair());
             break;
         case YAML:
-            stage.add("''", 2);
+            stage.literal("''");
             addLineEnd(stage);
             break;
         case HTML:
-            stage.add(kCell);
-            stage.add(kCellEnd);
+            stage.literal("<td>");
+            stage.literal("</td>");
             break;
         default:
             break;
@@ -192,9 +198,9 @@ void MLDocOut::writeStrAttr(const char* name, const ChPair& v, bool skipEmpty) {
             addLineEnd(stage);
             break;
         case HTML:
-            stage.add(kCell);
+            stage.literal("<td>");
             addEscaped(stage, v);
-            stage.add(kCellEnd);
+            stage.literal("</td>");
             break;
         default:
             break;
@@ -307,7 +313,7 @@ void MLDocOut::writeFlagsAttr(const char* name, unsigned v, const PairTag* tags)
     Stage stage(*this);
     addName(stage, name);
     if (format == HTML) {
-        stage.add(kCell);
+        stage.literal("<td>");
     } else if (format != YAML) {
         stage.add('"');
     }
@@ -321,9 +327,9 @@ void MLDocOut::writeFlagsAttr(const char* name, unsigned v, const PairTag* tags)
         stage.add(ChPair(tag->name));
     }
     if (format == HTML) {
-        stage.add(kCellEnd);
+        stage.literal("</td>");
     } else if (format == YAML) {
-        if (first) stage.add("''", 2);
+        if (first) stage.literal("''");
         addLineEnd(stage);
     } else {
         stage.add('"');

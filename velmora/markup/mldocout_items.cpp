@@ -76,7 +76,7 @@ void MLDocOut::beginItemJson(const char* name) {
         addLineEnd(stage);
         --indent;
         addIndent(stage);
-        stage.add("],", 2);
+        stage.literal("],");
         addLineEnd(stage);
         addIndent(stage);
         openJsonArray(stage, name);
@@ -163,7 +163,7 @@ void MLDocOut::endItemXml(const char* name) {
             addLineEnd(stage);
             addIndent(stage);
         }
-        stage.add("/>", 2);
+        stage.literal("/>");
         addLineEnd(stage);
     } else {
         if (!has(InContent)) addIndent(stage);

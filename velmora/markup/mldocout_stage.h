@@ -21,7 +21,15 @@ public:
             flush();
             if (n > kRoom) return out_.write(s, n);
         }
-        if (n > 0) std::memcpy(text_ + size_, s, static_cast<std::size_t>(n));
+        copyShort(text_ + size_, s, n);
+        size_ += n;
+    }
+    // A literal, whose length the compiler knows.
+    template <std::size_t N>
+    void literal(const char (&s)[N]) {
+        constexpr int n = static_cast<int>(N) - 1;
+        if (n > kRoom - size_) flush();
+        std::memcpy(text_ + size_, s, N - 1);
         size_ += n;
     }
     void add(const ChPair& s) { add(s.begin, s.len()); }
@@ -34,6 +42,30 @@ public:
 
 private:
     static constexpr int kRoom = 512;
+
+    // Most texts have a few bytes: two overlapping moves cost less than a call.
+    static void copyShort(char* to, const char* from, int n) {
+        if (n >= 16 || n <= 0) {
+            if (n > 0) std::memcpy(to, from, static_cast<std::size_t>(n));
+        } else if (n >= 8) {
+            copyEnds<8>(to, from, n);
+        } else if (n >= 4) {
+            copyEnds<4>(to, from, n);
+        } else {
+            to[0] = from[0];
+            to[n / 2] = from[n / 2];
+            to[n - 1] = from[n - 1];
+        }
+    }
+    template <int N>
+    static void copyEnds(char* to, const char* from, int n) {
+        char first[N], last[N];
+        std::memcpy(first, from, N);
+        std::memcpy(last, from + n - N, N);
+        std::memcpy(to, first, N);
+        std::memcpy(to + n - N, last, N);
+    }
+
     MLDocOut& out_;
     int size_;
     char text_[kRoom];
