@@ -1,5 +1,6 @@
 // Reading and writing the same records beside well-known libraries, in one run: medians and ratios. Before anything is
-// timed, every contender must have seen the same names and values.
+// timed, every contender must have seen the same names and values. What is written goes into a buffer that each contender
+// keeps from run to run: the writers are compared, not the system's paging.
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/reader.h>
 #include <rapidjson/stringbuffer.h>
@@ -47,7 +48,8 @@ Sums readVelmora(const std::string& text) {
 }
 
 std::size_t writeVelmora(const Shape& shape, MLDocBase::Format format, std::string* out = nullptr) {
-    MLDocOut::BagWriter sink;
+    static MLDocOut::BagWriter sink;
+    sink.truncate();
     MLDocOut writer(format);
     writer.begin(sink);
     for (const Call& call : shape.calls) {
@@ -94,7 +96,8 @@ std::size_t writePugixml(const Shape& shape) {
         if (call.kind == Call::Attribute) node.append_attribute(call.name).set_value(call.value.c_str());
         if (call.kind == Call::End) node = node.parent();
     }
-    StringSink sink;
+    static StringSink sink;
+    sink.text.clear();
     doc.save(sink, "\t", pugi::format_indent | pugi::format_indent_attributes);
     return sink.text.size();
 }
@@ -151,7 +154,8 @@ void replayArrays(const Shape& shape, Begin begin, End end, Attribute attribute,
 }
 
 std::size_t writeRapidJson(const Shape& shape) {
-    rapidjson::StringBuffer buffer;
+    static rapidjson::StringBuffer buffer;
+    buffer.Clear();
     rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(buffer);
     writer.SetIndent(' ', 2);
     writer.StartObject();
@@ -210,7 +214,8 @@ int appendYaml(void* out, unsigned char* data, std::size_t size) {
 }
 
 std::size_t writeLibyaml(const Shape& shape) {
-    std::string text;
+    static std::string text;
+    text.clear();
     yaml_emitter_t emitter;
     yaml_emitter_initialize(&emitter);
     yaml_emitter_set_output(&emitter, appendYaml, &text);

@@ -10,14 +10,6 @@
 #include <velmora/serial/ttt.h>
 #include <velmora/text/formatting.h>
 
-namespace {
-
-constexpr char kTab = '\t';
-constexpr char kBlank = ' ';
-constexpr int kMostFormatted = 4096;  // bytes of one formatted text
-
-}  // namespace
-
 void MLDocOut::Writer::end_doc() {}
 
 MLDocOut::FileWriter::FileWriter(const char* path) : UTF8File(true) { open(path, WRITE); }
@@ -106,8 +98,6 @@ void MLDocOut::writeLn(const char* s) {
     stage.flush();
 }
 
-void MLDocOut::addLineEnd(Stage& stage) { stage.add(ChPair(eoln)); }
-
 void MLDocOut::writef(const char* fmt, ...) {
     va_list args;
     va_start(args, fmt);
@@ -116,12 +106,9 @@ void MLDocOut::writef(const char* fmt, ...) {
     write(text.begin(), static_cast<int>(text.size()));
 }
 
-// Whether what is written around a name, a few bytes and a line end, keeps within the limit of a formatted text.
-bool MLDocOut::isShort(const ChPair& name) { return name.len() < kMostFormatted / 2; }
-
 // Texts side by side, with the limit of a formatted text.
 void MLDocOut::addPieces(Stage& stage, std::initializer_list<ChPair> pieces) {
-    int room = kMostFormatted;
+    int room = Stage::kMostFormatted;
     for (const ChPair& piece : pieces) {
         int n = std::min(piece.len(), room);
         stage.add(piece.begin, n);
@@ -131,26 +118,18 @@ void MLDocOut::addPieces(Stage& stage, std::initializer_list<ChPair> pieces) {
 
 void MLDocOut::writeIndent() {
     if (tabSize < 1) {
-        writeChars(indent, kTab);
+        writeChars(indent, '\t');
     } else {
-        writeChars(indent * tabSize, kBlank);
-    }
-}
-
-void MLDocOut::addIndent(Stage& stage) {
-    if (tabSize < 1) {
-        addChars(stage, indent, kTab);
-    } else {
-        addChars(stage, indent * tabSize, kBlank);
+        writeChars(indent * tabSize, ' ');
     }
 }
 
 // What stands in front of the first entry of an item when it goes on the same line.
-void MLDocOut::addCompactIndent(Stage& stage) { addChars(stage, tabSize - 1, kBlank); }
+void MLDocOut::addCompactIndent(Stage& stage) { addChars(stage, tabSize - 1, ' '); }
 
 // The dash of a YAML item takes the last two blanks of its indent.
 void MLDocOut::addDash(Stage& stage) {
-    addChars(stage, tabSize * indent - 2, kBlank);
+    addChars(stage, tabSize * indent - 2, ' ');
     stage.literal("- ");
 }
 
@@ -159,10 +138,6 @@ const char* MLDocOut::filled(int n, char c) {
     int missing = n - fill.count;
     if (missing > 0) std::memset(fill.insert(fill.count, missing), c, static_cast<std::size_t>(missing));
     return fill();
-}
-
-void MLDocOut::addChars(Stage& stage, int n, char c) {
-    if (n > 0) stage.add(filled(n, c), n);
 }
 
 void MLDocOut::writeChars(int n, char c) {

@@ -1,5 +1,4 @@
 // Attributes. Each typed writer makes a text and picks the value writer that suits it; quoting is the value writer's.
-#include <array>
 #include <charconv>
 #include <cstdarg>
 #include <cstdio>
@@ -8,6 +7,7 @@
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldocout.h>
 #include <velmora/markup/mldocout_stage.h>
+#include <velmora/markup/scan.h>
 #include <velmora/serial/tags.h>
 #include <velmora/serial/ttt.h>
 #include <velmora/text/charr.h>
@@ -30,16 +30,17 @@ private:
 
 // Whether a text must go between double quotes in YAML, with its escapes.
 bool needsYamlEscapes(const ChPair& v) {
-    static constexpr auto special = [] {
-        std::array<bool, 256> table = {};
-        for (std::size_t i = 0; i < 0x20; ++i) table[i] = true;
-        for (char c : {'"', '\'', '-', '\\', ':'}) table[static_cast<unsigned char>(c)] = true;
-        return table;
-    }();
-    for (const char* p = v.begin; p != v.end; ++p) {
-        if (special[static_cast<unsigned char>(*p)]) return true;
-    }
-    return false;
+    using namespace velmora::detail;
+    return scanUntil(
+               v.begin, v.end,
+               [](std::uint64_t b) {
+                   return whereIs(b, '"') | whereIs(b, '\'') | whereIs(b, '-') | whereIs(b, '\\') | whereIs(b, ':') |
+                          whereBelow(b, 0x20);
+               },
+               [](char c) {
+                   return c == '"' || c == '\'' || c == '-' || c == '\\' || c == ':' ||
+                          static_cast<unsigned char>(c) < 0x20;
+               }) != v.end;
 }
 
 bool mayBeginPlain(char c) {

@@ -1,21 +1,21 @@
 // Escaping works byte by byte, so that UTF-8 sequences pass through unchanged.
 #include <velmora/markup/mldocout_escape.h>
 
-#include <array>
 #include <cstring>
-#include <initializer_list>
 
 #include <velmora/markup/mldocout.h>
 #include <velmora/markup/mldocout_stage.h>
+#include <velmora/markup/scan.h>
 #include <velmora/text/charr.h>
 
 namespace {
 
-// Hands out the stretches of `s` that stay and the replacements between them, in order.
-template <class Function, class Take>
-void escapeStretches(Function function, const ChPair& s, Take take) {
+// Hands out the stretches of `s` that stay and the replacements between them, in order. `find` gives the next byte that
+// may have a replacement.
+template <class Find, class Take>
+void escapeStretches(MLDocOut::Escape function, Find find, const ChPair& s, Take take) {
     const char* from = s.begin;
-    for (const char* p = s.begin; p != s.end; ++p) {
+    for (const char* p = s.begin; (p = find(p, s.end)) != s.end; ++p) {
         int length = 0;
         const char* replacement = function(*p, length);
         if (!replacement) continue;
@@ -26,21 +26,23 @@ void escapeStretches(Function function, const ChPair& s, Take take) {
     if (s.end != from) take(from, static_cast<int>(s.end - from));
 }
 
-// The bytes that a function replaces, by value.
-constexpr std::array<bool, 256> bytesOf(std::initializer_list<char> list) {
-    std::array<bool, 256> table = {};
-    for (char c : list) table[static_cast<unsigned char>(c)] = true;
-    return table;
-}
-constexpr auto xmlHtmlBytes = bytesOf({'"', '&', '\'', '<', '>'});
-constexpr auto jsonYamlBytes = bytesOf({'\b', '\t', '\n', '\f', '\r', '"', '\\'});
+const char* anyByte(const char* p, const char*) { return p; }
 
-// A function that is called only for the bytes which it replaces.
-template <const std::array<bool, 256>& bytes>
-auto knownFunction(MLDocOut::Escape function) {
-    return [function](char c, int& length) -> const char* {
-        return bytes[static_cast<unsigned char>(c)] ? function(c, length) : nullptr;
-    };
+const char* findXmlHtml(const char* p, const char* end) {
+    using velmora::detail::whereIs;
+    return velmora::detail::scanUntil(
+        p, end,
+        [](std::uint64_t b) {
+            return whereIs(b, '"') | whereIs(b, '&') | whereIs(b, '\'') | whereIs(b, '<') | whereIs(b, '>');
+        },
+        [](char c) { return c == '"' || c == '&' || c == '\'' || c == '<' || c == '>'; });
+}
+
+const char* findJsonYaml(const char* p, const char* end) {
+    using namespace velmora::detail;
+    return scanUntil(
+        p, end, [](std::uint64_t b) { return whereIs(b, '"') | whereIs(b, '\\') | whereBelow(b, 0x20); },
+        [](char c) { return c == '"' || c == '\\' || static_cast<unsigned char>(c) < 0x20; });
 }
 
 const char* literal(const char* text, int length, int& outLength) {
@@ -94,11 +96,11 @@ const char* escapeJsonYaml(char c, int& length) {
 
 void MLDocOut::escapeString(Escape fn, const ChPair& s, ChArr& out) {
     std::size_t size = 0;
-    escapeStretches(fn, s, [&](const char*, int n) { size += static_cast<std::size_t>(n); });
+    escapeStretches(fn, anyByte, s, [&](const char*, int n) { size += static_cast<std::size_t>(n); });
     out.del();
     if (size == 0) return;
     char* p = out.data = new char[size + 1];
-    escapeStretches(fn, s, [&](const char* text, int n) {
+    escapeStretches(fn, anyByte, s, [&](const char* text, int n) {
         std::memcpy(p, text, static_cast<std::size_t>(n));
         p += n;
     });
@@ -106,7 +108,7 @@ void MLDocOut::escapeString(Escape fn, const ChPair& s, ChArr& out) {
 }
 
 void MLDocOut::escapeString(Escape fn, const ChPair& s, Bag& out) {
-    escapeStretches(fn, s, [&](const char* text, int n) { out.putData(text, n); });
+    escapeStretches(fn, anyByte, s, [&](const char* text, int n) { out.putData(text, n); });
 }
 
 void MLDocOut::escapeStringXMLHTML(const ChPair& s, ChArr& out) {
@@ -134,10 +136,10 @@ void MLDocOut::writeEscaped(const ChPair& s) {
 void MLDocOut::addEscaped(Stage& stage, const ChPair& s) {
     auto toStage = [&stage](const char* text, int n) { stage.add(text, n); };
     if (escape == velmora::detail::escapeXmlHtml) {
-        escapeStretches(knownFunction<xmlHtmlBytes>(escape), s, toStage);
+        escapeStretches(escape, findXmlHtml, s, toStage);
     } else if (escape == velmora::detail::escapeJsonYaml) {
-        escapeStretches(knownFunction<jsonYamlBytes>(escape), s, toStage);
+        escapeStretches(escape, findJsonYaml, s, toStage);
     } else {
-        escapeStretches(escape, s, toStage);
+        escapeStretches(escape, anyByte, s, toStage);
     }
 }

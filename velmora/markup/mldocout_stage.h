@@ -8,6 +8,8 @@
 
 class MLDocOut::Stage {
 public:
+    static constexpr int kMostFormatted = 4096;  // bytes of one formatted text
+
     explicit Stage(MLDocOut& out) : out_(out), size_(0) {}
     Stage(const Stage&) = delete;
     void operator=(const Stage&) = delete;
@@ -70,5 +72,28 @@ private:
     int size_;
     char text_[kRoom];
 };
+
+// The parts that every entry is made of, inline because they are.
+
+inline void MLDocOut::addLineEnd(Stage& stage) {
+    int n = 0;
+    while (eoln[n]) ++n;
+    stage.add(eoln, n);
+}
+
+inline void MLDocOut::addChars(Stage& stage, int n, char c) {
+    if (n > 0) stage.add(n <= fill.count ? fill.data : filled(n, c), n);
+}
+
+inline void MLDocOut::addIndent(Stage& stage) {
+    if (tabSize < 1) {
+        addChars(stage, indent, '\t');
+    } else {
+        addChars(stage, indent * tabSize, ' ');
+    }
+}
+
+// Whether what is written around a name, a few bytes and a line end, keeps within the limit of a formatted text.
+inline bool MLDocOut::isShort(const ChPair& name) { return name.len() < Stage::kMostFormatted / 2; }
 
 #endif
