@@ -30,8 +30,8 @@ const char kInvalidInteger[] = "!LCA__Invalid_integer_value";
 const char kInvalidDouble[] = "!LCA__Invalid_double_value";
 const char kOutOfRange[] = "!LCA__Integer_value_is_out_of_range";
 
-// What a getter makes of a value against a guard page: the number, or "!" and the whole message, which has no place. The
-// answer must not depend on the document, and the document must not change.
+// What a getter makes of a value against a guard page: the number, or "!" and the whole message, which has no place.
+// The answer must not depend on the document, and the document must not change.
 template <class Get>
 std::string get(const std::string& text, Get getter) {
     GuardedBytes bytes(text);

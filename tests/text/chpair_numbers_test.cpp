@@ -24,8 +24,8 @@ using support::GuardedBytes;
 
 constexpr std::nullopt_t none = std::nullopt;
 
-// What `read` makes of a view against a guard page: the number, or "!" and the message. The view and its bytes must stay
-// as they were.
+// What an action makes of a view against a guard page: the number, or "!" and the message. The view and its bytes must
+// stay as they were.
 template <class Read>
 std::string read(const std::string& text, Read action) {
     GuardedBytes bytes(text);
