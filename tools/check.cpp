@@ -3,6 +3,7 @@
 #include <velmora/markup/mldoc.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <string>
 
 #include "tools/command.h"
@@ -22,7 +23,13 @@ public:
     // Returns: the exit status.
     int run() {
         MLDoc::Token token;
-        while (doc_.step(token)) checkToken(token);
+        std::uint32_t from = doc_.position;
+        while (doc_.step(token)) {
+            notePassedOver(from);
+            checkToken(token);
+            from = doc_.position;
+        }
+        notePassedOver(from);
         if (token.level > 0) throwUnclosed(doc_, token.level);
         return status_;
     }
@@ -60,6 +67,19 @@ private:
             status_ = reportAt(doc_, failure);
         }
         doc_.position = position;
+    }
+
+    void noteAt(const char* place, const char* text) {
+        const std::uint32_t position = doc_.position;
+        doc_.position = static_cast<std::uint32_t>(place - doc_.buffer) + 1;
+        reportAt(doc_, TTT(text));
+        doc_.position = position;
+    }
+
+    // The first of each place is enough.
+    void notePassedOver(std::uint32_t from) {
+        const char* place = passedOverValue(doc_, from);
+        if (place) noteAt(place, "note: a value behind a list or an object is never read");
     }
 
     // The library takes such a document, but a walk ends there and sees nothing of what follows.

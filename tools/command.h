@@ -25,11 +25,12 @@ struct Command {
     int minOperands;
     int maxOperands;
     bool needsTexts;        // messages of the library must be loaded before it runs
-    OptionSpec options[4];  // its own; unused entries have no name
+    OptionSpec options[9];  // its own; unused entries have no name
     int (*run)(const Arguments& arguments, const Settings& settings);  // gives the exit status
 };
 
 extern const Command checkCommand;
+extern const Command convertCommand;
 extern const Command lngCheckCommand;
 extern const Command lngCompileCommand;
 extern const Command lngDumpCommand;

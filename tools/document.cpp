@@ -71,6 +71,11 @@ std::string loadBytes(const std::string& path) {
     return bytes;
 }
 
+void rewindDocument(MLDoc& doc) {
+    doc.position = 0;
+    doc.guessFormat(doc.fileName);
+}
+
 void decode(MLDoc& doc, const ChPair& value, std::string& out) {
     try {
         doc.convertEscape(value, out);
@@ -80,9 +85,26 @@ void decode(MLDoc& doc, const ChPair& value, std::string& out) {
     }
 }
 
+// Between two tokens there are no names but those of lists and objects otherwise.
+const char* passedOverValue(MLDoc& doc, std::uint32_t from) {
+    if (doc.format != MLDoc::JSON) return nullptr;
+    const std::uint32_t to = doc.position;
+    const char* found = nullptr;
+    ChPair text;
+    doc.position = from;
+    while (!found && doc.position < to) {
+        if (doc.get_json_token(text) != 'q') continue;
+        const ChPair name = text;
+        doc.get_json_token(text);
+        const int kind = doc.get_json_token(text);
+        if (kind == 'q' || kind == 's') found = name.begin - 1;
+    }
+    doc.position = to;
+    return found;
+}
+
 void throwUnclosed(MLDoc& doc, int level) {
-    doc.position = 0;
-    doc.guessFormat(doc.fileName);
+    rewindDocument(doc);
     MLDoc::Token token;
     MLDoc::Attribute attribute;
     std::uint32_t inside = 0;

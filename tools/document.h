@@ -6,6 +6,7 @@
 #include <velmora/markup/mldoc.h>
 #include <velmora/serial/ttt.h>
 
+#include <cstdint>
 #include <string>
 
 namespace tool {
@@ -15,9 +16,16 @@ namespace tool {
 void loadDocument(MLDoc& doc, const std::string& path);
 std::string loadBytes(const std::string& path);
 
+// Puts a document back to where its load left it.
+void rewindDocument(MLDoc& doc);
+
 // Decodes a value of the document. Throws: LCA__Unsupported_escape_sequence; the document's position then stands one
 // past the first byte of that sequence.
 void decode(MLDoc& doc, const ChPair& value, std::string& out);
+
+// JSON: the reader steps without a word over values that stand behind a list or an object. Returns: the name of the
+// first such value between `from` and the position, or null. Requires: the document has been stepped from there.
+const char* passedOverValue(MLDoc& doc, std::uint32_t from);
 
 // For a document that has ended `level` elements deep: goes through it again, as keeping the place of every open element
 // would take memory, and puts its position where the inside of the innermost open one starts.

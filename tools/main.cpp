@@ -20,7 +20,8 @@ namespace tool {
 namespace {
 
 const Command* const commands[] = {
-    &checkCommand, &lngCheckCommand, &lngCompileCommand, &lngDumpCommand, &lngKeysCommand, &walkCommand,
+    &checkCommand,   &convertCommand, &lngCheckCommand, &lngCompileCommand,
+    &lngDumpCommand, &lngKeysCommand, &walkCommand,
 };
 
 const std::vector<OptionSpec> commonOptions = {

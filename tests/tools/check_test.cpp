@@ -50,6 +50,27 @@ const CheckRow rows[] = {
     {__LINE__, "<a>\n<b x=\"1&\"/></a>", "LCA__Unsupported_escape_sequence", "2,9"},
     {__LINE__, "<a>one\ntwo &#65;</a>", "LCA__Unsupported_escape_sequence", "2,6"},
     {__LINE__, "<a>one<b/>&two<!-- & --></a>", "LCA__Unsupported_escape_sequence", "1,12"},
+    // JSON.
+    {__LINE__, "{ }", "", ""},
+    {__LINE__, "{\"a\":1,\"b\":\"x\\\"\\\\\",\"c\":[{\"d\":true},{}]}\r\n", "", ""},
+    {__LINE__, "{\"a\":{\"b\":\"&amp;\"}}", "", ""},
+    {__LINE__, "{\"a\":\n1", "LCA__Unexpected_JSON_item", "1,1"},
+    {__LINE__, "{\"a\":[{\"b\":1}]", "LCA__Bad_nesting", "1,1"},
+    {__LINE__, "{\"a\":[1]}", "LCA__Unexpected_JSON_item", "1,8"},
+    {__LINE__, "{\n \"a\" 1}", "LCA__Expected__0", "2,7"},
+    {__LINE__, "{\"a\":\n\"x", "LCA__Closing_quote_is_missed", "1,1"},
+    {__LINE__, "{\"a\":[{\"b\":\"1\\n2\",\n\"c\":\"x\"}]}", "LCA__Unsupported_escape_sequence", "1,15"},
+    {__LINE__, "{\"a\":\n\"\\u0041\"}", "LCA__Unsupported_escape_sequence", "2,3"},
+    {__LINE__, "{\"a\":\"\\\\\\n\"}", "LCA__Unsupported_escape_sequence", "1,10"},
+    // YAML.
+    {__LINE__, "---\n", "", ""},
+    {__LINE__, "---\na: 1\nb:\n- c: 'x'\n  d: \"\\\"\"\n", "", ""},
+    {__LINE__, "---\na: 1\n  b: 2\nc: 3\n", "LCA__Bad_nesting", "4,1"},
+    {__LINE__, "---\n# comment\n", "LCA__Spaces_and_in_names_are_not", "2,4"},
+    {__LINE__, "---\na: [1]\n", "LCA__Expected_end_of_line", "2,5"},
+    {__LINE__, "---\na: \"x\n", "LCA__Closing_quote_is_missed", "1,1"},
+    {__LINE__, "---\na: \"1\\n2\"\nb: 1\n", "LCA__Unsupported_escape_sequence", "2,7"},
+    {__LINE__, "---\na: C:\\new\n", "LCA__Unsupported_escape_sequence", "2,7"},
 };
 
 TEST_F(ToolCheck, TellsWhatIsWrongWhere) {
@@ -93,6 +114,16 @@ TEST_F(ToolCheck, StrayEndTagIsOnlyNoted) {
     EXPECT_EQ(
         "note: an end tag without a start tag ends every walk[LCA__Path_s(" + path + ")][LCA__Line_d_Column_d(2,5)]\n",
         result.err);
+}
+
+TEST_F(ToolCheck, ValuesThatAreNeverReadAreNoted) {
+    const std::string path = folder.write("document.json", "{\"a\":[{}],\n\"b\":1, \"c\":\"2\"}");
+    const ToolResult result = run({"check", path});
+    EXPECT_EQ(0, result.status);
+    EXPECT_EQ(path + ": ok\n", result.out);
+    EXPECT_EQ("note: a value behind a list or an object is never read[LCA__Path_s(" + path +
+                  ")][LCA__Line_d_Column_d(2,2)]\n",
+              result.err);
 }
 
 TEST_F(ToolCheck, GoesOnAfterABadFileAndEndsInTheWorstStatus) {

@@ -30,6 +30,13 @@ const WalkRow rows[] = {
     {__LINE__, "<a><b/>\n<c", 1, "a 1\n  b 1\n", "[LCA__XML_tag_is_not_finished]", "(1,1)"},
     {__LINE__, "<a><b x=\"1\" y='2'/></a>", 1, "a 1\n  b 1 x=\"1\"\n", "[LCA__Initial_quote_expected_after]", "(1,16)"},
     {__LINE__, "<a>\n<b>\n<c/></b>\n", 1, "a 1\n  b 2\n    c 2\n", "[LCA__Closing_tag_not_found]", "(1,4)"},
+    {__LINE__, "{\"a\":1,\"b c\":\"x\\n\",\"\":[{\"d\":\"\"},{}]}", 0,
+     "\"\" 1 a=\"1\" b c=\"x\\n\"\n  \"\" 2 d=\"\"\n  \"\" 2\n", "", ""},
+    {__LINE__, "{\"a\":{\"b\":1}}", 0, "\"\" 1\n  a 2 b=\"1\"\n", "", ""},
+    {__LINE__, "{\"a\":[{\"b\":1},\n2]}", 1, "\"\" 1\n  a 2 b=\"1\"\n", "[LCA__Unexpected_JSON_item]", "(2,2)"},
+    {__LINE__, "---\na: 1\nb:\n- c: 'x y'\n  d: 2\n- c: 3\n", 0,
+     "\"\" 1 a=\"1\"\n  b 2 c=\"x y\" d=\"2\"\n  b 2 c=\"3\"\n", "", ""},
+    {__LINE__, "---\na: 1\nb: :\n", 1, "\"\" 1 a=\"1\"\n", "[LCA__Expected_end_of_line]", "(3,5)"},
     {__LINE__, "<a>\n<b>\n<c></c>\n", 1, "a 1\n  b 2\n    c 3\n", "[LCA__Closing_tag_not_found]", "(2,4)"},
 };
 

@@ -1,0 +1,192 @@
+// velmora convert: a document of any form that is read, in any form that is written. The result is made in memory and
+// goes out when it is whole, so a failure leaves no half of a file.
+#include <velmora/files/utf8file.h>
+#include <velmora/markup/mldocout.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <iterator>
+#include <string>
+
+#include "tools/command.h"
+#include "tools/document.h"
+#include "tools/item_writers.h"
+#include "tools/items.h"
+#include "tools/output.h"
+#include "tools/report.h"
+#include "tools/status.h"
+
+namespace tool {
+namespace {
+
+struct Form {
+    const char* name;
+    MLDocBase::Format format;
+};
+
+constexpr Form kForms[] = {{"xml", MLDocBase::XML},
+                           {"json", MLDocBase::JSON},
+                           {"yaml", MLDocBase::YAML},
+                           {"html", MLDocBase::HTML},
+                           {"csv", MLDocBase::CSV}};
+constexpr int kWidestTab = 16;
+
+MLDocBase::Format formOf(const std::string& name) {
+    const auto* form =
+        std::find_if(std::begin(kForms), std::end(kForms), [&](const Form& f) { return name == f.name; });
+    if (form == std::end(kForms)) throw UsageError{"--to needs one of xml, json, yaml, html, csv"};
+    return form->format;
+}
+
+const char* lineEndOf(const std::string& name) {
+    if (name == "lf") return "\n";
+    if (name == "crlf") return "\r\n";
+    throw UsageError{"--eol needs one of lf, crlf"};
+}
+
+// In YAML the dash of an item and its blank stand within the indentation.
+int tabSizeOf(const std::string& text, MLDocBase::Format format) {
+    const int least = format == MLDocBase::YAML ? 2 : 0;
+    const bool digits = !text.empty() && text.size() < 3 && text.find_first_not_of("0123456789") == std::string::npos;
+    const int size = digits ? std::atoi(text.c_str()) : -1;
+    if (size < least || size > kWidestTab) {
+        throw UsageError{"--tab needs a number from " + std::to_string(least) + " to " + std::to_string(kWidestTab)};
+    }
+    return size;
+}
+
+// What the command line asks for.
+struct Conversion {
+    MLDocOut writer;
+    ItemSettings items;
+    std::string root;
+    std::string rowName;
+    bool header;
+
+    explicit Conversion(const Arguments& arguments)
+        : writer(formOf(arguments.value("--to"))),
+          root(arguments.value("--root", "document")),
+          rowName(arguments.value("--rows")),
+          header(arguments.has("--header")) {
+        writer.setEOLN(lineEndOf(arguments.value("--eol", "lf")));
+        writer.setCompactMode(arguments.has("--compact"));
+        items.rawEscapes = arguments.has("--raw-escapes");
+        if (arguments.has("--tab")) writer.setTabSize(tabSizeOf(arguments.value("--tab"), writer.getFormat()));
+        if (root.empty()) throw UsageError{"--root needs a name"};
+        if (!isRowForm() && (arguments.has("--rows") || header)) {
+            throw UsageError{"--rows and --header are for html and csv"};
+        }
+    }
+
+    bool isRowForm() const { return writer.getFormat() == MLDocBase::HTML || writer.getFormat() == MLDocBase::CSV; }
+
+    // Whether the items need a root around them. XML has exactly one, JSON at most one as it is written here.
+    bool needsRoot(const Survey& survey) const {
+        if (survey.rootHasValues()) return true;
+        if (writer.getFormat() == MLDocBase::XML) return survey.itemCount() != 1;
+        return writer.getFormat() == MLDocBase::JSON && survey.itemCount() > 1;
+    }
+};
+
+void writeRows(MLDoc& doc, Conversion& conversion, const Survey& survey) {
+    RowWriter sink(conversion.writer, doc.format, survey, !conversion.rowName.empty());
+    if (conversion.header && !survey.rowName().empty()) sink.writeHeader();
+    ItemReader(doc, conversion.items, sink).run();
+}
+
+void writeTree(MLDoc& doc, Conversion& conversion) {
+    TreeWriter sink(conversion.writer, doc.format);
+    ItemReader(doc, conversion.items, sink).run();
+}
+
+int convertDocument(MLDoc& doc, Conversion& conversion, Bag& result) {
+    Survey survey(conversion.root, conversion.rowName);
+    ItemReader(doc, conversion.items, survey).run();
+    if (!conversion.rowName.empty() && !survey.hasRows()) {
+        complain(std::string(doc.fileName) + ": no item is named " + conversion.rowName);
+        return kBadInput;
+    }
+    if (conversion.needsRoot(survey)) conversion.items.root = conversion.root;
+    rewindDocument(doc);
+    MLDocOut::BagWriter sink;
+    conversion.writer.begin(sink);
+    if (conversion.isRowForm()) {
+        writeRows(doc, conversion, survey);
+    } else {
+        writeTree(doc, conversion);
+    }
+    conversion.writer.end();
+    result.stealFrom(sink);
+    return kDone;
+}
+
+// A file that is there and is none, such as a device, cannot be replaced.
+bool isReplaceable(const std::string& path) {
+    UTF8File::Info info;
+    return !UTF8File::info(path, info, false) || (info.st_mode & S_IFMT) == S_IFREG;
+}
+
+void deliver(const Bag& result, const std::string& path) {
+    if (path.empty()) {
+        put(result.data, static_cast<std::size_t>(result.size));
+    } else if (isReplaceable(path)) {
+        UTF8File::safe_save(path.c_str(), result);
+    } else {
+        UTF8File::save(path.c_str(), result);
+    }
+}
+
+int run(const Arguments& arguments, const Settings&) {
+    Conversion conversion(arguments);
+    MLDoc doc;
+    Bag result;
+    try {
+        const int status = readDocument(doc, arguments.operands[0],
+                                        [&](MLDoc& loaded) { return convertDocument(loaded, conversion, result); });
+        if (status == kDone) deliver(result, arguments.value("-o"));
+        return status;
+    } catch (const Bag::Exception&) {
+        complain(arguments.operands[0] + ": the result is larger than 2 GB");
+        return kFailed;
+    }
+}
+
+}  // namespace
+
+const Command convertCommand{"convert",
+                             "FILE --to FORM",
+                             "writes a document of one form in another",
+                             "Reads XML, JSON or YAML, and writes FORM: xml, json, yaml, html or csv. Every item and\n"
+                             "every value is kept: what FORM cannot hold is a failure that names the place. Comments\n"
+                             "and declarations are not carried over, nor are blanks and line ends between elements.\n"
+                             "\n"
+                             "  -o OUT         file to write; it is replaced when the result is whole\n"
+                             "  --compact      no line for each value\n"
+                             "  --tab N        blanks for each level, 0 for tabs\n"
+                             "  --eol lf|crlf  line ends: lf when not given; rows always end in CR LF\n"
+                             "  --root NAME    name of the item around all others where FORM needs one, or where the\n"
+                             "                 root of JSON or YAML has values: document when not given\n"
+                             "  --rows NAME    html, csv: the items that become rows; what lies outside of them is\n"
+                             "                 left out. When not given, the rows are the items that hold values, and\n"
+                             "                 all must have one name. There is a column for each name of a value,\n"
+                             "                 in the order in which the names come up.\n"
+                             "  --header       html, csv: a first row with the names of the columns\n"
+                             "  --raw-escapes  carries values over undecoded in which an escape is not known, such as\n"
+                             "                 \\n in JSON; without it they are failures\n"
+                             "\n"
+                             "The text of an XML element becomes a value named text where FORM has no content.\n",
+                             1,
+                             1,
+                             true,
+                             {{"--to", true},
+                              {"-o", true},
+                              {"--compact", false},
+                              {"--tab", true},
+                              {"--eol", true},
+                              {"--root", true},
+                              {"--rows", true},
+                              {"--header", false},
+                              {"--raw-escapes", false}},
+                             run};
+
+}  // namespace tool
