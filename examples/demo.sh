@@ -13,13 +13,33 @@ show() {
 }
 
 echo "== What users have"
-show check settings.xml app.project.xml feed.xml map.osm messages.xlf
+show check settings.xml catalog.xml catalog.json catalog.yaml app.project.xml feed.xml map.osm messages.xlf
 show walk settings.xml
+show walk catalog.json
+
+echo
+echo "== The same records in five forms"
+for form in json yaml xml; do
+    show convert catalog.xml --to "$form" --compact
+done
+show convert catalog.xml --to html --rows book
+show convert catalog.xml --to csv --rows book --header
+
+echo
+echo "== There and back"
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+from=catalog.xml
+for form in json yaml xml; do
+    "$tool" convert "$from" --to "$form" --compact -o "$work/catalog.$form" || exit
+    printf '%-13s -> catalog.%-4s %5s bytes\n' "$(basename "$from")" "$form" "$(stat -c %s "$work/catalog.$form")"
+    from=$work/catalog.$form
+done
+"$tool" convert catalog.xml --to xml --compact | cmp - "$work/catalog.xml" && echo "the last is the first"
 
 echo
 echo "== A document of several megabytes"
-large=$(mktemp)
-trap 'rm -f "$large"' EXIT
+large=$work/large.xml
 python3 make_records.py 8 "$large"
 printf '\n$ velmora check records.xml   # %s bytes\n' "$(stat -c %s "$large")"
 "$tool" check "$large" | sed 's|^.*: |records.xml: |'
@@ -30,6 +50,7 @@ for document in broken/*; do
     show check "$document"
 done
 show check no-such-file.xml
+show convert broken/escapes.json --to xml --compact --raw-escapes
 
 echo
 echo "== The same in another language"

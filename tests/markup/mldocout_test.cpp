@@ -10,6 +10,7 @@
 #include <functional>
 #include <string>
 
+#include "tests/support/golden.h"
 #include "tests/support/message.h"
 #include "tests/support/temp_folder.h"
 #include "tests/support/walk_dump.h"
@@ -108,29 +109,16 @@ void example(MLDocOut& out) {
     out.endItem("item");
 }
 
-TEST(MLDocOutExample, EveryForm) {
-    const char* const xml =
-        "<?xml version= \"1.0\" "
-        "encoding=\"utf-8\"?>\r\n<item\r\n\ta=\"1\"\r\n\tb=\"2\">\r\n\t<c\r\n\t/>\r\n</item>\r\n";
-    const char* const json =
-        "{\r\n  \"item\": {\r\n    \"a\": \"1\",\r\n    \"b\": \"2\",\r\n    \"c\": [\r\n      {\r\n      }\r\n    "
-        "]\r\n"
-        "  }\r\n}\r\n";
-    const char* const yaml = "---\r\nitem:\r\n- a: 1\r\n  b: 2\r\n  c:\r\n";
-    EXPECT_EQ(xml, written(MLDocBase::XML, example, false, "\r\n"));
-    EXPECT_EQ(json, written(MLDocBase::JSON, example, false, "\r\n"));
-    EXPECT_EQ(yaml, written(MLDocBase::YAML, example, false, "\r\n"));
-    // Rows end as they do whatever line end is set.
-    EXPECT_EQ("<tr><td>1</td><td>2</td><tr></tr>\r\n</tr>\r\n", written(MLDocBase::HTML, example));
-    EXPECT_EQ("\"1\",\"2\"\r\n\r\n", written(MLDocBase::CSV, example));
-}
-
-TEST(MLDocOutExample, Compact) {
-    EXPECT_EQ("<?xml version= \"1.0\" encoding=\"utf-8\"?>\r\n<item a=\"1\" b=\"2\">\r\n\t<c/>\r\n</item>\r\n",
-              written(MLDocBase::XML, example, true, "\r\n"));
-    // A child behind an attribute starts a line in compact JSON, too.
-    EXPECT_EQ("{ \"item\": { \"a\": \"1\", \"b\": \"2\",\n    \"c\": [\n      { }\n    ]\n  }\n}\n",
-              written(MLDocBase::JSON, example, true));
+// Rows end as they do whatever line end is set, and a child behind an attribute starts a line in compact JSON, too.
+TEST(MLDocOutExample, EveryFormAndCompact) {
+    const char* const suffixes[] = {".xml", ".json", ".yaml", ".html", ".csv"};
+    for (std::size_t i = 0; i < 5; ++i) {
+        support::expectGolden(std::string("mldocout/item") + suffixes[i], written(allForms[i], example, false, "\r\n"));
+        support::expectGolden(std::string("mldocout/item.compact") + suffixes[i],
+                              written(allForms[i], example, true, "\r\n"));
+    }
+    EXPECT_EQ(written(MLDocBase::CSV, example, false, "\r\n"), written(MLDocBase::CSV, example));
+    EXPECT_EQ(written(MLDocBase::HTML, example, false, "\r\n"), written(MLDocBase::HTML, example));
 }
 
 void siblings(MLDocOut& out) {
@@ -148,12 +136,31 @@ void siblings(MLDocOut& out) {
 }
 
 TEST(MLDocOutSiblings, ShareAnArray) {
-    EXPECT_EQ(
-        "{\n  \"item\": {\n    \"n\": 1,\n    \"c\": [\n      {\n        \"x\": 1\n      },\n      {\n        \"x\": "
-        "2\n"
-        "      }\n    ],\n    \"d\": [\n      {\n        \"y\": true\n      }\n    ]\n  }\n}\n",
-        written(MLDocBase::JSON, siblings));
-    EXPECT_EQ("---\nitem:\n- n: 1\n  c:\n  - x: 1\n  - x: 2\n  d:\n  - y: true\n", written(MLDocBase::YAML, siblings));
+    support::expectGolden("mldocout/siblings.json", written(MLDocBase::JSON, siblings, false, "\r\n"));
+    support::expectGolden("mldocout/siblings.yaml", written(MLDocBase::YAML, siblings, false, "\r\n"));
+}
+
+TEST(MLDocOutYaml, QuotesByWhatTheTextHolds) {
+    support::expectGolden("mldocout/quoting.yaml", written(MLDocBase::YAML, [](MLDocOut& out) {
+                              out.beginItem("texts");
+                              out.writeStrAttr("empty", "");
+                              out.writeStrAttr("plain", "abc");
+                              out.writeStrAttr("minus", "a-b");
+                              out.writeStrAttr("colon", "12:30");
+                              out.writeStrAttr("quote", "a\"b");
+                              out.writeStrAttr("apostrophe", "a'b");
+                              out.writeStrAttr("backslash", "a\\b");
+                              out.writeStrAttr("control", "a\tb\r\nc");
+                              out.writeStrAttr("last_blank", "abc ");
+                              out.writeStrAttr("first_point", ".x");
+                              out.writeStrAttr("first_blank", " x");
+                              out.writeStrAttr("first_hash", "#x");
+                              out.writeStrAttr("inner_hash", "a #b");
+                              out.writeStrAttr("digit", "7x");
+                              out.writeStrAttr("underscore", "_x");
+                              out.writeStrAttr("accent", "\xC3\xA9");
+                              out.endItem("texts");
+                          }));
 }
 
 TEST(MLDocOutSiblings, ReadBackTheSameFromThreeForms) {

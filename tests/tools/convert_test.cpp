@@ -2,6 +2,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "tests/support/golden.h"
 #include "tests/tools/tool_fixture.h"
 
 namespace {
@@ -92,6 +93,25 @@ TEST_F(ToolConvert, TreesComeBack) {
                   "\t<book id=\"2\"/>\n</catalog>\n",
               third);
     EXPECT_EQ(first, convert(third, {"--to", "json"}));
+}
+
+// The same small records in three forms, written by hand in the first.
+TEST_F(ToolConvert, CatalogFromEachFormToEachForm) {
+    const std::string data = VELMORA_EXAMPLES_DIR;
+    for (const char* from : {"/catalog.xml", "/catalog.json", "/catalog.yaml"}) {
+        for (const char* to : {"xml", "json", "yaml"}) {
+            SCOPED_TRACE(std::string(from) + " to " + to);
+            const ToolResult result = run({"convert", data + from, "--to", to});
+            EXPECT_EQ("", result.err);
+            support::expectGolden(std::string("convert/catalog.") + to, result.out);
+        }
+        for (const char* to : {"html", "csv"}) {
+            SCOPED_TRACE(std::string(from) + " to " + to);
+            const ToolResult result = run({"convert", data + from, "--to", to, "--rows", "book", "--header"});
+            EXPECT_EQ("", result.err);
+            support::expectGolden(std::string("convert/books.") + to, result.out);
+        }
+    }
 }
 
 struct ConvertRow {
