@@ -6,7 +6,6 @@
 // names a token that opens at level i + 1; entry 0 is the root's empty name.
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldoc.h>
@@ -48,7 +47,10 @@ const char* passWhite(const char* p, const char* end) {
     return p;
 }
 
-bool oneOf(int kind, const char* kinds) { return kind != kEnd && std::strchr(kinds, kind); }
+template <class... Kinds>
+bool oneOf(int kind, Kinds... kinds) {
+    return ((kind == kinds) || ...);
+}
 
 }  // namespace
 
@@ -132,15 +134,15 @@ bool MLDoc::step_json(Token& token) {
     for (int kind; (kind = cursor.next(text)) != kEnd; previous = kind) {
         switch (kind) {
             case ',':
-                if (!oneOf(previous, "]}sq")) fail(LCA__Unexpected);
+                if (!oneOf(previous, ']', '}', kWord, kQuoted)) fail(LCA__Unexpected);
                 break;
             case ']':
-                if (!oneOf(previous, "}[,")) fail(LCA__Unexpected__2);
+                if (!oneOf(previous, '}', '[', ',')) fail(LCA__Unexpected__2);
                 if (token.level + 1 != openNames.count || token.level < 0) fail(LCA__Bad_nesting);
                 openNames.cutTo(token.level);
                 break;
             case kQuoted:
-                if (!oneOf(previous, "{,")) fail(LCA__Unexpected_string);
+                if (!oneOf(previous, '{', ',')) fail(LCA__Unexpected_string);
                 kind = passJsonMember(cursor, token, text);
                 break;
             case '{':
@@ -179,7 +181,7 @@ int MLDoc::passJsonMember(JsonCursor& cursor, const Token& token, const ChPair& 
 
 void MLDoc::openJsonToken(Token& token, int previous) {
     bool member = previous == kWord && openNames.count == 2;
-    if (previous != kEnd && !oneOf(previous, "[,") && !member) fail(LCA__Unexpected__1);
+    if (!oneOf(previous, kEnd, '[', ',') && !member) fail(LCA__Unexpected__1);
     if (token.level + 1 != openNames.count || token.level < 0) fail(LCA__Bad_nesting);
     token.name = openNames[token.level++];
 }
@@ -189,7 +191,7 @@ void MLDoc::closeJsonToken(Token& token, int previous) {
         // The root closes right behind an object member, whose name goes only here.
         if (openNames.count != 2) fail(LCA__Unexpected__0);
         openNames.cutTo(1);
-    } else if (!oneOf(previous, "]qs{,")) {
+    } else if (!oneOf(previous, ']', kQuoted, kWord, '{', ',')) {
         fail(LCA__Unexpected__0);
     }
     if (token.level != openNames.count || token.level < 1) fail(LCA__Bad_nesting);

@@ -105,8 +105,7 @@ void findPlainEnd(Line& line) {
     using namespace velmora::detail;
     for (;; line.pass()) {
         line.moveTo(scanUntil(
-            line.here(), line.bufferEnd(),
-            [](std::uint64_t b) { return whereIs(b, ':') | whereIs(b, '\r') | whereIs(b, '\n'); },
+            line.here(), line.bufferEnd(), [](Block b) { return b.is(':') | b.is('\r') | b.is('\n'); },
             [](char c) { return c == ':' || isLineEnd(c); }));
         if (line.atEnd() || line.peek() != ':') return;
         if (line.rest() > 1 && static_cast<unsigned char>(line.peek(1)) <= ' ') return;

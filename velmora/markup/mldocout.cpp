@@ -93,8 +93,7 @@ void MLDocOut::end() {
 
 void MLDocOut::writeLn(const char* s) {
     Stage stage(*this);
-    stage.add(ChPair(s));
-    addLineEnd(stage);
+    stage.add(ChPair(s), lineEnd());
     stage.flush();
 }
 
@@ -111,7 +110,7 @@ void MLDocOut::addPieces(Stage& stage, std::initializer_list<ChPair> pieces) {
     int room = Stage::kMostFormatted;
     for (const ChPair& piece : pieces) {
         int n = std::min(piece.len(), room);
-        stage.add(piece.begin, n);
+        stage.addBytes(piece.begin, n);
         room -= n;
     }
 }
@@ -122,15 +121,6 @@ void MLDocOut::writeIndent() {
     } else {
         writeChars(indent * tabSize, ' ');
     }
-}
-
-// What stands in front of the first entry of an item when it goes on the same line.
-void MLDocOut::addCompactIndent(Stage& stage) { addChars(stage, tabSize - 1, ' '); }
-
-// The dash of a YAML item takes the last two blanks of its indent.
-void MLDocOut::addDash(Stage& stage) {
-    addChars(stage, tabSize * indent - 2, ' ');
-    stage.literal("- ");
 }
 
 // At least `n` bytes of indentation. What is there already keeps the character it was made with.

@@ -19,6 +19,7 @@
 #ifndef VELMORA_MARKUP_MLDOCOUT_H
 #define VELMORA_MARKUP_MLDOCOUT_H
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 #include <string>
@@ -174,17 +175,22 @@ protected:
 
 private:
     class Stage;
+    template <std::size_t N>
+    struct Literal;
+    struct Optional;
+    struct Run;
 
     bool has(State bit) const { return (state & bit) != 0; }
     void set(State bit) { state |= bit; }
     void clear(State bit) { state &= ~bit; }
     bool leavesOut(bool nothing, bool skip) const;
     const char* filled(int n, char c);
-    void addChars(Stage& stage, int n, char c);
-    void addIndent(Stage& stage);
-    void addLineEnd(Stage& stage);
-    void addCompactIndent(Stage& stage);
-    void addDash(Stage& stage);
+    ChPair lineEnd() const;
+    Run run(int n, char c);
+    Run indentRun();
+    Run compactIndentRun();
+    Run dashRun();
+    void addLead(Stage& stage, bool first);
     static bool isShort(const ChPair& name);
     void addPieces(Stage& stage, std::initializer_list<ChPair> pieces);
     void addEscaped(Stage& stage, const ChPair& s);

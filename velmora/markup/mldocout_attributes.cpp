@@ -30,17 +30,10 @@ private:
 
 // Whether a text must go between double quotes in YAML, with its escapes.
 bool needsYamlEscapes(const ChPair& v) {
-    using namespace velmora::detail;
-    return scanUntil(
-               v.begin, v.end,
-               [](std::uint64_t b) {
-                   return whereIs(b, '"') | whereIs(b, '\'') | whereIs(b, '-') | whereIs(b, '\\') | whereIs(b, ':') |
-                          whereBelow(b, 0x20);
-               },
-               [](char c) {
-                   return c == '"' || c == '\'' || c == '-' || c == '\\' || c == ':' ||
-                          static_cast<unsigned char>(c) < 0x20;
-               }) != v.end;
+    using velmora::detail::Block;
+    return velmora::detail::anyMarked(v.begin, v.len(), [](Block b) {
+        return b.is('"') | b.is('\'') | b.is('-') | b.is('\\') | b.is(':') | b.isBelow(0x20);
+    });
 }
 
 bool mayBeginPlain(char c) {
@@ -59,73 +52,48 @@ void MLDocOut::writeAttrName(const char* name) {
     stage.flush();
 }
 
-void MLDocOut::addName(Stage& stage, const char* name) {
-    if (!has(AttributesOpen)) throw TTT(VELMORA_DICT, LCA__Could_not_write_attribute);
-    bool first = !has(NeedSeparator);
-    ChPair text(name);
-    bool isCut = !isShort(text);
+// What stands before the name.
+inline void MLDocOut::addLead(Stage& stage, bool first) {
     switch (format) {
         case XML:
-            if (has(CompactMode)) {
-                stage.add(' ');
-            } else {
-                addLineEnd(stage);
-                addIndent(stage);
-            }
-            if (isCut) return addPieces(stage, {text, "="});
-            stage.add(text);
-            stage.add('=');
-            break;
+            if (has(CompactMode)) return stage.add(' ');
+            return stage.add(lineEnd(), indentRun());
         case JSON:
-            if (!first) stage.add(',');
-            if (!has(CompactMode)) {
-                addLineEnd(stage);
-                addIndent(stage);
-            } else if (first) {
-                addCompactIndent(stage);
-            } else {
-                addChars(stage, 1, ' ');
-            }
-            set(NeedSeparator);
-            if (isCut) return addPieces(stage, {"\"", text, "\": "});
-            stage.add('"');
-            stage.add(text);
-            stage.literal("\": ");
-            break;
+            if (!has(CompactMode)) return stage.add(Optional(',', !first), lineEnd(), indentRun());
+            return first ? stage.add(compactIndentRun()) : stage.add(',', run(1, ' '));
         case YAML:
-            if (first) {
-                addDash(stage);
-                set(NeedSeparator);
-            } else {
-                addIndent(stage);
-            }
-            if (isCut) return addPieces(stage, {text, ": "});
-            stage.add(text);
-            stage.literal(": ");
-            break;
+            return first ? stage.add(dashRun(), Literal("- ")) : stage.add(indentRun());
         case CSV:
-            if (first) {
-                set(NeedSeparator);
-            } else {
-                stage.add(',');
-            }
-            break;
+            return stage.add(Optional(',', !first));
         default:
-            break;
+            return;
     }
 }
 
-void MLDocOut::addQuoted(Stage& stage, const ChPair& v) {
-    stage.add('"');
-    stage.add(v);
-    stage.add('"');
+void MLDocOut::addName(Stage& stage, const char* name) {
+    if (!has(AttributesOpen)) throw TTT(VELMORA_DICT, LCA__Could_not_write_attribute);
+    addLead(stage, !has(NeedSeparator));
+    const ChPair text(name);
+    switch (format) {
+        case XML:
+            if (!isShort(text)) return addPieces(stage, {text, "="});
+            return stage.add(text, '=');
+        case JSON:
+            set(NeedSeparator);
+            if (!isShort(text)) return addPieces(stage, {"\"", text, "\": "});
+            return stage.add('"', text, Literal("\": "));
+        case YAML:
+            set(NeedSeparator);
+            if (!isShort(text)) return addPieces(stage, {text, ": "});
+            return stage.add(text, Literal(": "));
+        case CSV:
+            return set(NeedSeparator);
+        default:
+            return;
+    }
 }
 
-void MLDocOut::addQuotedEscaped(Stage& stage, const ChPair& v) {
-    stage.add('"');
-    addEscaped(stage, v);
-    stage.add('"');
-}
+void MLDocOut::addQuoted(Stage& stage, const ChPair& v) { stage.add('"', v, '"'); }
 
 void MLDocOut::writeSimpleAttr(const char* name, const ChPair& v) {
     if (format == YAML && v.empty()) return writeEmptyAttr(name);
@@ -148,13 +116,10 @@ void MLDocOut::writeSimplestAttr(const char* name, const ChPair& v) {
             stage.add(v);
             break;
         case YAML:
-            stage.add(v);
-            addLineEnd(stage);
+            stage.add(v, lineEnd());
             break;
         case HTML:
-            stage.literal("<td>");
-            stage.add(v);
-            stage.literal("</td>");
+            stage.add(Literal("<td>"), v, Literal("</td>"));
             break;
         default:
             break;
@@ -171,12 +136,10 @@ void MLDocOut::writeEmptyAttr(const char* name) {
             addQuoted(stage, ChPair());
             break;
         case YAML:
-            stage.literal("''");
-            addLineEnd(stage);
+            stage.add(Literal("''"), lineEnd());
             break;
         case HTML:
-            stage.literal("<td>");
-            stage.literal("</td>");
+            stage.add(Literal("<td></td>"));
             break;
         default:
             break;
@@ -196,12 +159,12 @@ void MLDocOut::writeStrAttr(const char* name, const ChPair& v, bool skipEmpty) {
             break;
         case YAML:
             addYamlText(stage, v);
-            addLineEnd(stage);
+            stage.add(lineEnd());
             break;
         case HTML:
-            stage.literal("<td>");
+            stage.add(Literal("<td>"));
             addEscaped(stage, v);
-            stage.literal("</td>");
+            stage.add(Literal("</td>"));
             break;
         default:
             break;
@@ -215,9 +178,7 @@ void MLDocOut::addYamlText(Stage& stage, const ChPair& v) {
     } else if (!v.empty() && v.end[-1] != ' ' && mayBeginPlain(*v.begin)) {
         stage.add(v);
     } else {
-        stage.add('\'');
-        stage.add(v);
-        stage.add('\'');
+        stage.add('\'', v, '\'');
     }
 }
 
@@ -314,7 +275,7 @@ void MLDocOut::writeFlagsAttr(const char* name, unsigned v, const PairTag* tags)
     Stage stage(*this);
     addName(stage, name);
     if (format == HTML) {
-        stage.literal("<td>");
+        stage.add(Literal("<td>"));
     } else if (format != YAML) {
         stage.add('"');
     }
@@ -328,10 +289,10 @@ void MLDocOut::writeFlagsAttr(const char* name, unsigned v, const PairTag* tags)
         stage.add(ChPair(tag->name));
     }
     if (format == HTML) {
-        stage.literal("</td>");
+        stage.add(Literal("</td>"));
     } else if (format == YAML) {
-        if (first) stage.literal("''");
-        addLineEnd(stage);
+        if (first) stage.add(Literal("''"));
+        stage.add(lineEnd());
     } else {
         stage.add('"');
     }

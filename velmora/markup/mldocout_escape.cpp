@@ -10,6 +10,8 @@
 
 namespace {
 
+using velmora::detail::Block;
+
 // Hands out the stretches of `s` that stay and the replacements between them, in order. `find` gives the next byte that
 // may have a replacement.
 template <class Find, class Take>
@@ -28,21 +30,17 @@ void escapeStretches(MLDocOut::Escape function, Find find, const ChPair& s, Take
 
 const char* anyByte(const char* p, const char*) { return p; }
 
+constexpr auto marksXmlHtml = [](Block b) { return b.is('"') | b.is('&') | b.is('\'') | b.is('<') | b.is('>'); };
+constexpr auto marksJsonYaml = [](Block b) { return b.is('"') | b.is('\\') | b.isBelow(0x20); };
+
 const char* findXmlHtml(const char* p, const char* end) {
-    using velmora::detail::whereIs;
-    return velmora::detail::scanUntil(
-        p, end,
-        [](std::uint64_t b) {
-            return whereIs(b, '"') | whereIs(b, '&') | whereIs(b, '\'') | whereIs(b, '<') | whereIs(b, '>');
-        },
-        [](char c) { return c == '"' || c == '&' || c == '\'' || c == '<' || c == '>'; });
+    return velmora::detail::scanUntil(p, end, marksXmlHtml,
+                                      [](char c) { return c == '"' || c == '&' || c == '\'' || c == '<' || c == '>'; });
 }
 
 const char* findJsonYaml(const char* p, const char* end) {
-    using namespace velmora::detail;
-    return scanUntil(
-        p, end, [](std::uint64_t b) { return whereIs(b, '"') | whereIs(b, '\\') | whereBelow(b, 0x20); },
-        [](char c) { return c == '"' || c == '\\' || static_cast<unsigned char>(c) < 0x20; });
+    return velmora::detail::scanUntil(
+        p, end, marksJsonYaml, [](char c) { return c == '"' || c == '\\' || static_cast<unsigned char>(c) < 0x20; });
 }
 
 const char* literal(const char* text, int length, int& outLength) {
@@ -134,7 +132,7 @@ void MLDocOut::writeEscaped(const ChPair& s) {
 // Straight to the sink, in stretches. The bytes that the library's two functions replace are known; a client's own
 // function is asked for each.
 void MLDocOut::addEscaped(Stage& stage, const ChPair& s) {
-    auto toStage = [&stage](const char* text, int n) { stage.add(text, n); };
+    auto toStage = [&stage](const char* text, int n) { stage.addBytes(text, n); };
     if (escape == velmora::detail::escapeXmlHtml) {
         escapeStretches(escape, findXmlHtml, s, toStage);
     } else if (escape == velmora::detail::escapeJsonYaml) {
@@ -142,4 +140,16 @@ void MLDocOut::addEscaped(Stage& stage, const ChPair& s) {
     } else {
         escapeStretches(escape, anyByte, s, toStage);
     }
+}
+
+// Most values need no escape: these are looked at and copied in one go.
+void MLDocOut::addQuotedEscaped(Stage& stage, const ChPair& s) {
+    if (escape == velmora::detail::escapeXmlHtml
+            ? stage.addQuotedUnless(s, marksXmlHtml)
+            : escape == velmora::detail::escapeJsonYaml && stage.addQuotedUnless(s, marksJsonYaml)) {
+        return;
+    }
+    stage.add('"');
+    addEscaped(stage, s);
+    stage.add('"');
 }

@@ -41,13 +41,8 @@ void MLDocOut::beginItem(const char* name) {
 void MLDocOut::beginItemXml(const char* name) {
     if (has(InContent)) throw TTT(VELMORA_DICT, LCA__Attempt_start_nested_token);
     Stage stage(*this);
-    if (has(TagOpen)) {
-        stage.add('>');
-        addLineEnd(stage);
-    }
-    addIndent(stage);
-    stage.add('<');
-    stage.add(ChPair(name));
+    if (has(TagOpen)) stage.add('>', lineEnd());
+    stage.add(indentRun(), '<', ChPair(name));
     stage.flush();
     set(TagOpen);
     ++indent;
@@ -56,37 +51,31 @@ void MLDocOut::beginItemXml(const char* name) {
 void MLDocOut::openJsonArray(Stage& stage, const char* name) {
     addPieces(stage, {"\"", name, "\": [", eoln});
     ++indent;
-    addIndent(stage);
+    stage.add(indentRun());
 }
 
 void MLDocOut::beginItemJson(const char* name) {
     Stage stage(*this);
     if (depth == 0) {
         if (has(CompactMode)) {
-            addCompactIndent(stage);
+            stage.add(compactIndentRun());
         } else {
-            addIndent(stage);
+            stage.add(indentRun());
         }
         addPieces(stage, {"\"", name, "\": "});
     } else if (lastName.count != 0 && lastName == name) {
-        if (has(NeedSeparator)) stage.add(',');
-        addLineEnd(stage);
-        addIndent(stage);
+        stage.add(Optional(',', has(NeedSeparator)), lineEnd(), indentRun());
     } else if (lastName.count != 0) {
-        addLineEnd(stage);
+        stage.add(lineEnd());
         --indent;
-        addIndent(stage);
-        stage.literal("],");
-        addLineEnd(stage);
-        addIndent(stage);
+        stage.add(indentRun(), Literal("],"), lineEnd(), indentRun());
         openJsonArray(stage, name);
     } else {
         if (has(NeedSeparator)) stage.add(',');
         if (has(CompactMode) && !has(NeedSeparator)) {
-            addCompactIndent(stage);
+            stage.add(compactIndentRun());
         } else {
-            addLineEnd(stage);
-            addIndent(stage);
+            stage.add(lineEnd(), indentRun());
         }
         openJsonArray(stage, name);
     }
@@ -102,9 +91,9 @@ void MLDocOut::beginItemYaml(const char* name) {
     if (!sequenceGoesOn) {
         Stage stage(*this);
         if (depth != 0 && (lastName.count != 0 || has(NeedSeparator))) {
-            addIndent(stage);
+            stage.add(indentRun());
         } else if (depth != 0) {
-            addDash(stage);
+            stage.add(dashRun(), Literal("- "));
         }
         addPieces(stage, {name, ":", eoln});
         stage.flush();
@@ -159,16 +148,17 @@ void MLDocOut::endItemXml(const char* name) {
     Stage stage(*this);
     if (has(TagOpen)) {
         clear(TagOpen);
-        if (!has(CompactMode)) {
-            addLineEnd(stage);
-            addIndent(stage);
-        }
-        stage.literal("/>");
-        addLineEnd(stage);
+        if (!has(CompactMode)) stage.add(lineEnd(), indentRun());
+        stage.add(Literal("/>"), lineEnd());
     } else {
-        if (!has(InContent)) addIndent(stage);
+        if (!has(InContent)) stage.add(indentRun());
         clear(InContent);
-        addPieces(stage, {"</", name, ">", eoln});
+        const ChPair text(name);
+        if (isShort(text)) {
+            stage.add(Literal("</"), text, '>', lineEnd());
+        } else {
+            addPieces(stage, {"</", text, ">", eoln});
+        }
     }
     stage.flush();
 }
@@ -177,17 +167,13 @@ void MLDocOut::endItemJson(const char* name) {
     --indent;
     Stage stage(*this);
     if (lastName.count != 0) {
-        addLineEnd(stage);
-        addIndent(stage);
-        stage.add(']');
-        addLineEnd(stage);
+        stage.add(lineEnd(), indentRun(), ']', lineEnd());
         --indent;
-        addIndent(stage);
+        stage.add(indentRun());
     } else if (has(CompactMode)) {
-        addCompactIndent(stage);
+        stage.add(compactIndentRun());
     } else {
-        addLineEnd(stage);
-        addIndent(stage);
+        stage.add(lineEnd(), indentRun());
     }
     stage.add('}');
     stage.flush();

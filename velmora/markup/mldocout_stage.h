@@ -1,66 +1,150 @@
-// Private: collects what one call of the writer has to say, so that it reaches the sink in one piece where it is short.
+// Private: collects what one call of the writer has to say, so that it reaches the sink in one piece where it is short. In
+// a Bag it is put in its place at once.
 #ifndef VELMORA_MARKUP_MLDOCOUT_STAGE_H
 #define VELMORA_MARKUP_MLDOCOUT_STAGE_H
 
+#include <cstddef>
 #include <cstring>
+#include <typeinfo>
 
 #include <velmora/markup/mldocout.h>
+#include <velmora/markup/scan.h>
+
+// The parts that an entry is made of; a ChPair and a char are the others. Each says how long it is, and puts itself where there
+// is room for it and Run::kSlack bytes more.
+
+// A text whose length the compiler knows.
+template <std::size_t N>
+struct MLDocOut::Literal {
+    const char (&text)[N];
+
+    explicit Literal(const char (&s)[N]) : text(s) {}
+    int length() const { return static_cast<int>(N) - 1; }
+    char* put(char* to) const {
+        std::memcpy(to, text, N - 1);
+        return to + N - 1;
+    }
+};
+
+// A byte that is there or not.
+struct MLDocOut::Optional {
+    char c;
+    bool present;
+
+    Optional(char byte, bool isThere) : c(byte), present(isThere) {}
+    int length() const { return 1; }
+    char* put(char* to) const {
+        *to = c;
+        return to + present;
+    }
+};
+
+// Bytes of indentation. They come from a block with room behind them, so whole stretches are copied.
+struct MLDocOut::Run {
+    static constexpr int kSlack = 16;
+
+    const char* from;
+    int n;
+    bool hasSlack;
+
+    int length() const { return n; }
+    char* put(char* to) const {
+        if (!hasSlack) {
+            std::memcpy(to, from, static_cast<std::size_t>(n));
+        } else {
+            for (int i = 0; i < n; i += kSlack) std::memcpy(to + i, from + i, kSlack);
+        }
+        return to + n;
+    }
+};
 
 class MLDocOut::Stage {
 public:
     static constexpr int kMostFormatted = 4096;  // bytes of one formatted text
 
-    explicit Stage(MLDocOut& out) : out_(out), size_(0) {}
+    explicit Stage(MLDocOut& out) : out_(out), bag_(bagOf(out)), begin_(text_), end_(text_) {
+        if (bag_) begin_ = end_ = bag_->data + bag_->cursor;
+    }
     Stage(const Stage&) = delete;
     void operator=(const Stage&) = delete;
 
-    void add(char c) {
-        if (size_ == kRoom) flush();
-        text_[size_++] = c;
-    }
-    void add(const char* s, int n) {
-        if (n > kRoom - size_) {
+    void addBytes(const char* s, int n) {
+        if (n > room()) {
             flush();
-            if (n > kRoom) return out_.write(s, n);
+            if (n > room()) return out_.write(s, n);
         }
-        copyShort(text_ + size_, s, n);
-        size_ += n;
+        end_ = putBytes(end_, s, n);
     }
-    // A literal, whose length the compiler knows.
-    template <std::size_t N>
-    void literal(const char (&s)[N]) {
-        constexpr int n = static_cast<int>(N) - 1;
-        if (n > kRoom - size_) flush();
-        std::memcpy(text_ + size_, s, N - 1);
-        size_ += n;
+    template <class... Parts>
+    void add(const Parts&... parts) {
+        if ((std::ptrdiff_t{0} + ... + lengthOf(parts)) <= room()) {
+            char* p = end_;
+            ((p = put(p, parts)), ...);
+            end_ = p;
+        } else {
+            (addAlone(parts), ...);
+        }
     }
-    void add(const ChPair& s) { add(s.begin, s.len()); }
+    // Between two bytes of quotes. Returns: false, with nothing added, if the text is too long or `where` marks a byte.
+    template <class Where>
+    bool addQuotedUnless(const ChPair& s, Where where) {
+        if (s.len() > room() - 2) return false;
+        if (!velmora::detail::copyUnless(end_ + 1, s.begin, s.len(), where)) return false;
+        *end_ = '"';
+        end_ += s.len() + 2;
+        end_[-1] = '"';
+        return true;
+    }
 
     // Must come last: nothing is written by itself.
     void flush() {
-        if (size_ != 0) out_.write(text_, size_);
-        size_ = 0;
+        const int n = static_cast<int>(end_ - begin_);
+        if (bag_) {
+            bag_->cursor += n;
+            bag_->size = bag_->cursor;
+            bag_ = nullptr;
+        } else if (n != 0) {
+            out_.write(begin_, n);
+        }
+        begin_ = end_ = text_;
     }
 
 private:
     static constexpr int kRoom = 512;
 
+    static std::ptrdiff_t lengthOf(char) { return 1; }
+    static std::ptrdiff_t lengthOf(const ChPair& s) { return s.len(); }
+    template <class Part>
+    static std::ptrdiff_t lengthOf(const Part& part) {
+        return part.length();
+    }
+
+    static char* put(char* to, char c) {
+        *to = c;
+        return to + 1;
+    }
+    static char* put(char* to, const ChPair& s) { return putBytes(to, s.begin, s.len()); }
+    template <class Part>
+    static char* put(char* to, const Part& part) {
+        return part.put(to);
+    }
     // Most texts have a few bytes: two overlapping moves cost less than a call.
-    static void copyShort(char* to, const char* from, int n) {
+    static char* putBytes(char* to, const char* from, int n) {
         if (n >= 16 || n <= 0) {
             if (n > 0) std::memcpy(to, from, static_cast<std::size_t>(n));
         } else if (n >= 8) {
-            copyEnds<8>(to, from, n);
+            putEnds<8>(to, from, n);
         } else if (n >= 4) {
-            copyEnds<4>(to, from, n);
+            putEnds<4>(to, from, n);
         } else {
             to[0] = from[0];
             to[n / 2] = from[n / 2];
             to[n - 1] = from[n - 1];
         }
+        return to + n;
     }
     template <int N>
-    static void copyEnds(char* to, const char* from, int n) {
+    static void putEnds(char* to, const char* from, int n) {
         char first[N], last[N];
         std::memcpy(first, from, N);
         std::memcpy(last, from + n - N, N);
@@ -68,30 +152,55 @@ private:
         std::memcpy(to + n - N, last, N);
     }
 
+    int room() const { return static_cast<int>(begin_ + kRoom - end_); }
+
+    // The Bag that the bytes will go to, if it has room for all that the stage may hold. A class derived from BagWriter may
+    // do with the bytes what it likes, and is none.
+    static Bag* bagOf(const MLDocOut& out) {
+        if (!out.writer) return nullptr;
+        Writer& sink = *out.writer;
+        if (&typeid(sink) != &typeid(BagWriter)) return nullptr;
+        Bag& bag = static_cast<BagWriter&>(sink);
+        return bag.bufferSize - bag.cursor >= kRoom + Run::kSlack ? &bag : nullptr;
+    }
+
+    // A part that may be longer than the stage.
+    void addAlone(const ChPair& s) { addBytes(s.begin, s.len()); }
+    void addAlone(const Run& run) { addBytes(run.from, run.n); }
+    template <class Part>
+    void addAlone(const Part& part) {
+        if (lengthOf(part) > room()) flush();
+        end_ = put(end_, part);
+    }
+
     MLDocOut& out_;
-    int size_;
-    char text_[kRoom];
+    Bag* bag_;  // not null: the bytes are put in place, behind its cursor, and no one sees them before flush
+    char* begin_;
+    char* end_;
+    char text_[kRoom + Run::kSlack];
 };
 
-// The parts that every entry is made of, inline because they are.
+// The parts that every entry has, inline because all have them.
 
-inline void MLDocOut::addLineEnd(Stage& stage) {
+inline ChPair MLDocOut::lineEnd() const {
     int n = 0;
     while (eoln[n]) ++n;
-    stage.add(eoln, n);
+    return ChPair(eoln, n);
 }
 
-inline void MLDocOut::addChars(Stage& stage, int n, char c) {
-    if (n > 0) stage.add(n <= fill.count ? fill.data : filled(n, c), n);
+inline MLDocOut::Run MLDocOut::run(int n, char c) {
+    if (n <= 0) return Run{nullptr, 0, false};
+    const char* from = n <= fill.count ? fill.data : filled(n, c);
+    return Run{from, n, (n + Run::kSlack - 1) / Run::kSlack * Run::kSlack <= fill.allocateCount};
 }
 
-inline void MLDocOut::addIndent(Stage& stage) {
-    if (tabSize < 1) {
-        addChars(stage, indent, '\t');
-    } else {
-        addChars(stage, indent * tabSize, ' ');
-    }
-}
+inline MLDocOut::Run MLDocOut::indentRun() { return tabSize < 1 ? run(indent, '\t') : run(indent * tabSize, ' '); }
+
+// What stands in front of the first entry of an item when it goes on the same line.
+inline MLDocOut::Run MLDocOut::compactIndentRun() { return run(tabSize - 1, ' '); }
+
+// The dash of a YAML item takes the last two blanks of its indent.
+inline MLDocOut::Run MLDocOut::dashRun() { return run(tabSize * indent - 2, ' '); }
 
 // Whether what is written around a name, a few bytes and a line end, keeps within the limit of a formatted text.
 inline bool MLDocOut::isShort(const ChPair& name) { return name.len() < Stage::kMostFormatted / 2; }

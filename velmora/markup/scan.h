@@ -1,4 +1,4 @@
-// Private: the scanning loops of the steppers, eight bytes at a time. Each gives the first byte that stops it, or `end`.
+// Private: the scanning loops of the steppers and of the writer, a block of bytes at a time.
 #ifndef VELMORA_MARKUP_SCAN_H
 #define VELMORA_MARKUP_SCAN_H
 
@@ -6,57 +6,170 @@
 #include <cstdint>
 #include <cstring>
 
+#if defined(__SSE2__) || defined(_M_X64)
+#include <emmintrin.h>
+#define VELMORA_HAS_SSE2
+#endif
+
 namespace velmora::detail {
 
 static_assert(std::endian::native == std::endian::little, "the first byte of a block is its lowest");
 
-constexpr std::uint64_t kEveryByte = 0x0101010101010101;
-constexpr std::uint64_t kEveryTop = 0x8080808080808080;
-
-inline std::uint64_t eightBytes(const char* p) {
-    std::uint64_t bytes;
+template <class T>
+inline T bytesAt(const char* p) {
+    T bytes;
     std::memcpy(&bytes, p, sizeof bytes);
     return bytes;
 }
 
-// A mask whose lowest set bit lies in the first byte that is `c`; 0 when there is none.
-inline std::uint64_t whereIs(std::uint64_t bytes, char c) {
-    bytes ^= kEveryByte * static_cast<unsigned char>(c);
-    return (bytes - kEveryByte) & ~bytes & kEveryTop;
-}
+// A block is sixteen bytes, or a set of marks in them. Of marks only the first counts, and whether there is any.
+class PortableBlock {
+public:
+    static constexpr int kSize = 16;
 
-// The same for the first byte below `limit`, which is at most 128.
-inline std::uint64_t whereBelow(std::uint64_t bytes, unsigned limit) {
-    return (bytes - kEveryByte * limit) & ~bytes & kEveryTop;
-}
+    PortableBlock(std::uint64_t low, std::uint64_t high) : low_(low), high_(high) {}
+    static PortableBlock load(const char* p) {
+        return PortableBlock(bytesAt<std::uint64_t>(p), bytesAt<std::uint64_t>(p + 8));
+    }
 
-// The first byte that `where` marks in a block of eight; the last few bytes of the buffer are asked for one by one.
-template <class Where, class StopsAt>
+    // Marks the bytes that are `c`, those that are not, and those below `limit`, which is at most 128.
+    PortableBlock is(char c) const { return isNot(c).zeros(); }
+    PortableBlock isNot(char c) const {
+        const std::uint64_t all = kEveryByte * static_cast<unsigned char>(c);
+        return PortableBlock(low_ ^ all, high_ ^ all);
+    }
+    PortableBlock isBelow(unsigned limit) const { return PortableBlock(below(low_, limit), below(high_, limit)); }
+    PortableBlock operator|(PortableBlock b) const { return PortableBlock(low_ | b.low_, high_ | b.high_); }
+
+    bool any() const { return (low_ | high_) != 0; }
+    // Requires: any().
+    int first() const { return low_ != 0 ? std::countr_zero(low_) / 8 : 8 + std::countr_zero(high_) / 8; }
+
+private:
+    static constexpr std::uint64_t kEveryByte = 0x0101010101010101;
+    static constexpr std::uint64_t kEveryTop = 0x8080808080808080;
+
+    std::uint64_t low_;
+    std::uint64_t high_;
+
+    static std::uint64_t below(std::uint64_t bytes, unsigned limit) {
+        return (bytes - kEveryByte * limit) & ~bytes & kEveryTop;
+    }
+    PortableBlock zeros() const { return isBelow(1); }
+};
+
+#ifdef VELMORA_HAS_SSE2
+class Sse2Block {
+public:
+    static constexpr int kSize = 16;
+
+    Sse2Block(std::uint64_t low, std::uint64_t high)
+        : bytes_(_mm_set_epi64x(static_cast<long long>(high), static_cast<long long>(low))) {}
+    static Sse2Block load(const char* p) { return Sse2Block(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))); }
+
+    Sse2Block is(char c) const { return Sse2Block(_mm_cmpeq_epi8(bytes_, _mm_set1_epi8(c))); }
+    Sse2Block isNot(char c) const { return Sse2Block(_mm_xor_si128(is(c).bytes_, _mm_set1_epi8(-1))); }
+    Sse2Block isBelow(unsigned limit) const {
+        const __m128i last = _mm_set1_epi8(static_cast<char>(limit - 1));
+        return Sse2Block(_mm_cmpeq_epi8(_mm_min_epu8(bytes_, last), bytes_));
+    }
+    Sse2Block operator|(Sse2Block b) const { return Sse2Block(_mm_or_si128(bytes_, b.bytes_)); }
+
+    bool any() const { return _mm_movemask_epi8(bytes_) != 0; }
+    int first() const { return std::countr_zero(static_cast<unsigned>(_mm_movemask_epi8(bytes_))); }
+
+private:
+    __m128i bytes_;
+
+    explicit Sse2Block(__m128i bytes) : bytes_(bytes) {}
+};
+using Block = Sse2Block;
+#else
+using Block = PortableBlock;
+#endif
+
+// The first byte that `where` marks in a block, or `end`. The last bytes before the end are asked for one by one, as
+// `stopsAt` says.
+template <class B = Block, class Where, class StopsAt>
 inline const char* scanUntil(const char* p, const char* end, Where where, StopsAt stopsAt) {
-    for (; end - p >= 8; p += 8) {
-        if (std::uint64_t mask = where(eightBytes(p))) return p + std::countr_zero(mask) / 8;
+    for (; end - p >= B::kSize; p += B::kSize) {
+        const B marks = where(B::load(p));
+        if (marks.any()) return p + marks.first();
     }
     while (p != end && !stopsAt(*p)) ++p;
     return p;
 }
 
+template <class B = Block>
 inline const char* findControl(const char* p, const char* end) {
-    return scanUntil(
-        p, end, [](std::uint64_t b) { return whereBelow(b, 0x20); },
-        [](char c) { return static_cast<unsigned char>(c) < 0x20; });
+    return scanUntil<B>(
+        p, end, [](B b) { return b.isBelow(0x20); }, [](char c) { return static_cast<unsigned char>(c) < 0x20; });
 }
 
+template <class B = Block>
 inline const char* findEither(const char* p, const char* end, char first, char second) {
-    return scanUntil(
-        p, end, [=](std::uint64_t b) { return whereIs(b, first) | whereIs(b, second); },
-        [=](char c) { return c == first || c == second; });
+    return scanUntil<B>(
+        p, end, [=](B b) { return b.is(first) | b.is(second); }, [=](char c) { return c == first || c == second; });
 }
 
 // The end of a run of `c`.
+template <class B = Block>
 inline const char* passRun(const char* p, const char* end, char c) {
-    const std::uint64_t run = kEveryByte * static_cast<unsigned char>(c);
-    return scanUntil(
-        p, end, [=](std::uint64_t b) { return b ^ run; }, [=](char x) { return x != c; });
+    return scanUntil<B>(
+        p, end, [=](B b) { return b.isNot(c); }, [=](char x) { return x != c; });
+}
+
+// Whether `where` marks one of `n` bytes.
+template <class B = Block, class Where>
+bool anyMarked(const char* p, int n, Where where);
+
+// Copies `n` bytes, unless `where` marks one of them. Most texts are short: each is read as two ends that may overlap,
+// which are asked about together and stored. Returns: false where one is marked; what `to` holds is then open.
+template <class B = Block, class Where>
+inline bool copyUnless(char* to, const char* from, int n, Where where) {
+    if (n >= B::kSize) {
+        if (anyMarked<B>(from, n, where)) return false;
+        std::memcpy(to, from, static_cast<std::size_t>(n));
+        return true;
+    }
+    if (n >= 8) {
+        const auto low = bytesAt<std::uint64_t>(from), high = bytesAt<std::uint64_t>(from + n - 8);
+        if (where(B(low, high)).any()) return false;
+        std::memcpy(to, &low, 8);
+        std::memcpy(to + n - 8, &high, 8);
+        return true;
+    }
+    if (n >= 4) {
+        const auto low = bytesAt<std::uint32_t>(from), high = bytesAt<std::uint32_t>(from + n - 4);
+        const std::uint64_t both = std::uint64_t{high} << 32 | low;
+        if (where(B(both, both)).any()) return false;
+        std::memcpy(to, &low, 4);
+        std::memcpy(to + n - 4, &high, 4);
+        return true;
+    }
+    if (n <= 0) return true;
+    const char middle = from[n / 2], end = from[n - 1];
+    const std::uint64_t all = static_cast<unsigned char>(from[0]) * 0x0001000100010001u |
+                              static_cast<unsigned char>(middle) * 0x0000010000000100u |
+                              static_cast<unsigned char>(end) * 0x0100000001000000u;
+    if (where(B(all, all)).any()) return false;
+    to[0] = from[0];
+    to[n / 2] = middle;
+    to[n - 1] = end;
+    return true;
+}
+
+template <class B, class Where>
+inline bool anyMarked(const char* p, int n, Where where) {
+    if (n < B::kSize) {
+        char copy[B::kSize];
+        return !copyUnless<B>(copy, p, n, where);
+    }
+    const char* last = p + n - B::kSize;
+    for (; p < last; p += B::kSize) {
+        if (where(B::load(p)).any()) return true;
+    }
+    return where(B::load(last)).any();
 }
 
 }  // namespace velmora::detail

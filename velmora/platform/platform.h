@@ -42,6 +42,20 @@ int renameFile(const char* from, const char* to);
 // The system's information record, for a file or a folder.
 int fileInfo(const char* path, struct VELMORA_STAT_RECORD& out);
 
+// Lock files. One is held by one stream at most, of all processes together, until unlockFile or the end of the process; a
+// child process that is started holds nothing. Paths are UTF-16, as RunDetector keeps them.
+
+// Creates the file, or takes one that nobody holds and empties it. Null when somebody holds it or the system refuses.
+FILE* lockFile(const utf16_string& path);
+
+// Closes the stream and removes the file, in an order that never takes the file of a new holder. Failures are ignored.
+void unlockFile(FILE* stream, const utf16_string& path);
+
+// 0: there is a file that nobody holds. EACCES: it is held, or it is no plain file or one that may not be read. Otherwise
+// why there is none. Neither the holder nor, where the system can be asked without opening the door to it, a rival that
+// locks at this moment is disturbed.
+int probeLockFile(const utf16_string& path);
+
 // The text that the C runtime has for an errno value, in `out`, terminated, cut to `size` bytes.
 // Returns: `out`, or null for a number that it does not know.
 const char* errorText(int error, char* out, int size);

@@ -3,10 +3,13 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
+#include <cstdio>
 #include <cstring>
 #include <cwchar>
 
 #include <velmora/platform/platform.h>
+#include <velmora/text/utf.h>
 
 namespace platform {
 namespace {
@@ -67,6 +70,155 @@ int renameFile(const char* from, const char* to) {
 }
 
 int fileInfo(const char* path, struct stat& out) { return result(stat(path, &out)); }
+
+// ---- lock files ----
+
+namespace {
+
+constexpr int kLockFlags = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;  // what is no plain file shall not make anybody wait
+constexpr mode_t kLockMode = 0666;
+
+// How often a file that vanishes under its finder is looked for again. Only file systems without lasting file numbers ever
+// get there.
+constexpr int kLockTries = 100;
+
+// A path in the system's form, without an allocation, since a destructor unlocks. Too long: errno is set, and it is null.
+class NarrowPath {
+public:
+    explicit NarrowPath(const utf16_string& path) {
+        const utf16_t* end = path.data() + path.size();
+        const std::size_t size = strlen_utf8(path.data(), end);
+        tooLong_ = size >= sizeof text_;
+        if (tooLong_) {
+            errno = ENAMETOOLONG;
+            return;
+        }
+        utf16_to_utf8(path.data(), end, text_, text_ + size);
+        text_[size] = 0;
+    }
+
+    const char* get() const { return tooLong_ ? nullptr : text_; }
+
+private:
+    char text_[PATH_MAX];
+    bool tooLong_;
+};
+
+class Descriptor {
+public:
+    explicit Descriptor(int descriptor) : descriptor_(descriptor) {}
+    Descriptor(const Descriptor&) = delete;
+    void operator=(const Descriptor&) = delete;
+    ~Descriptor() {
+        if (descriptor_ >= 0) close(descriptor_);
+    }
+
+    int get() const { return descriptor_; }
+    // As a stream for writing, which owns it from then on; null on failure.
+    FILE* toStream() {
+        FILE* stream = fdopen(descriptor_, "wb");
+        if (stream) descriptor_ = -1;
+        return stream;
+    }
+
+private:
+    int descriptor_;
+};
+
+// Locks of the open file, not of the process: a second open in the same process meets them, no other close drops them, and
+// a child that starts a program has lost them with the descriptor. So it is with flock; but these can be asked for
+// without being taken, so an observer is never in the way of a run that locks.
+struct flock wholeFile() {
+    struct flock range = {};
+    range.l_type = F_WRLCK;
+    range.l_whence = SEEK_SET;
+    return range;
+}
+
+bool tryLock(int descriptor) {
+    struct flock range = wholeFile();
+    return fcntl(descriptor, F_OFD_SETLK, &range) == 0;
+}
+
+bool isPlainFile(int descriptor) {
+    struct stat info;
+    return fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode);
+}
+
+bool namesFile(const char* path, int descriptor) {
+    struct stat named;
+    struct stat opened;
+    return stat(path, &named) == 0 && fstat(descriptor, &opened) == 0 && named.st_dev == opened.st_dev &&
+           named.st_ino == opened.st_ino;
+}
+
+// Makes a file that is held from the moment it has its name, or an observer in between would take it for one that a dead
+// run has left. Null when the name is taken or the file system has no files without a name.
+FILE* createLocked(const char* path) {
+    char folder[PATH_MAX] = ".";
+    if (const char* slash = std::strrchr(path, '/')) {
+        const std::size_t size = static_cast<std::size_t>(slash - path) + 1;
+        std::memcpy(folder, path, size);
+        folder[size] = 0;
+    }
+    Descriptor descriptor(open(folder, O_TMPFILE | O_WRONLY | O_CLOEXEC, kLockMode));
+    if (descriptor.get() < 0 || !tryLock(descriptor.get())) return nullptr;
+    char self[32];
+    std::snprintf(self, sizeof self, "/proc/self/fd/%d", descriptor.get());
+    FILE* stream = descriptor.toStream();
+    if (!stream) return nullptr;
+    if (linkat(AT_FDCWD, self, AT_FDCWD, path, AT_SYMLINK_FOLLOW) == 0) return stream;
+    std::fclose(stream);
+    return nullptr;
+}
+
+}  // namespace
+
+// Whoever holds the file removes it while it is held. So a lock counts only if the path still names the locked file, and
+// nobody empties or removes a file that is not the own.
+FILE* lockFile(const utf16_string& widePath) {
+    NarrowPath narrow(widePath);
+    const char* path = narrow.get();
+    for (int tries = 0; path && tries < kLockTries; ++tries) {
+        int found = open(path, kLockFlags | O_WRONLY);
+        if (found < 0 && errno == ENOENT) {
+            if (FILE* stream = createLocked(path)) return stream;
+            found = open(path, kLockFlags | O_WRONLY | O_CREAT, kLockMode);
+        }
+        Descriptor descriptor(found);
+        if (found < 0 || !isPlainFile(found) || !tryLock(found)) return nullptr;
+        if (namesFile(path, found)) return ftruncate(found, 0) == 0 ? descriptor.toStream() : nullptr;
+    }
+    return nullptr;
+}
+
+void unlockFile(FILE* stream, const utf16_string& widePath) {
+    NarrowPath path(widePath);
+    if (path.get() && namesFile(path.get(), fileno(stream))) unlink(path.get());
+    std::fclose(stream);
+}
+
+int probeLockFile(const utf16_string& widePath) {
+    NarrowPath narrow(widePath);
+    const char* path = narrow.get();
+    if (!path) return errno;
+    for (int tries = 0; tries < kLockTries; ++tries) {
+        Descriptor descriptor(open(path, kLockFlags | O_RDONLY));
+        if (descriptor.get() < 0) {
+            // In a folder that may not be searched there is no telling.
+            struct stat info;
+            if (errno != EACCES) return errno;
+            return fail(stat(path, &info) == 0 ? EACCES : ENOENT);
+        }
+        if (!isPlainFile(descriptor.get())) return fail(EACCES);
+        struct flock range = wholeFile();
+        if (fcntl(descriptor.get(), F_OFD_GETLK, &range) != 0) return errno;
+        if (range.l_type != F_UNLCK) return fail(EACCES);
+        // Not held, but removed in the meantime: that run has ended properly.
+        if (namesFile(path, descriptor.get())) return 0;
+    }
+    return fail(ENOENT);
+}
 
 const char* errorText(int error, char* out, int size) {
     if (!strerrordesc_np(error)) return nullptr;

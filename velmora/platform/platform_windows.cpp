@@ -1,6 +1,7 @@
 // Paths go to the system as UTF-16, by the library's own conversion: that is what this file takes from text/.
 #include <fcntl.h>
 #include <io.h>
+#include <share.h>
 #include <sys/stat.h>
 #include <windows.h>
 
@@ -94,6 +95,24 @@ int renameFile(const char* from, const char* to) {
 
 int fileInfo(const char* path, struct _stat64& out) {
     return withPath(path, [&out](const wchar_t* wide) { return _wstat64(wide, &out); });
+}
+
+// ---- lock files ----
+// A stream that denies all sharing is the lock. The runtime's mode letters and share flags say all of it, and a file that
+// is open cannot be removed: a rival that locks between the closing and the removing keeps its file.
+
+FILE* lockFile(const utf16_string& path) { return _wfsopen(path.c_str(), L"wbN", _SH_DENYRW); }
+
+void unlockFile(FILE* stream, const utf16_string& path) {
+    std::fclose(stream);
+    _wremove(path.c_str());
+}
+
+int probeLockFile(const utf16_string& path) {
+    FILE* stream = _wfsopen(path.c_str(), L"rN", _SH_DENYNO);
+    if (!stream) return errno;
+    std::fclose(stream);
+    return 0;
 }
 
 const char* errorText(int error, char* out, int size) {

@@ -1,0 +1,100 @@
+// The scanning loops, for every kind of block that this build has, against a byte by byte search.
+#include <gtest/gtest.h>
+
+#include <velmora/markup/scan.h>
+
+#include <algorithm>
+#include <cstring>
+#include <random>
+#include <string>
+
+#include "tests/support/guard_page.h"
+
+namespace {
+
+using velmora::detail::PortableBlock;
+
+template <class B>
+class Scan : public ::testing::Test {};
+
+#ifdef VELMORA_HAS_SSE2
+using Blocks = ::testing::Types<PortableBlock, velmora::detail::Sse2Block>;
+#else
+using Blocks = ::testing::Types<PortableBlock>;
+#endif
+TYPED_TEST_SUITE(Scan, Blocks);
+
+// Texts of every length up to 50 with one special byte or none, which end at a page that cannot be read.
+template <class Check>
+void forEachText(Check check) {
+    static const unsigned char others[] = {0x20, 'a', 0x7F, 0x80, 0xA2, 0xFF};
+    static const unsigned char specials[] = {0, 1, 0x1F, '"', '\\', 0x21, 0x23};
+    for (int length = 0; length <= 50; ++length) {
+        for (unsigned char other : others) {
+            for (int place = -1; place < length; ++place) {
+                std::string text(static_cast<std::size_t>(length), static_cast<char>(other));
+                if (place >= 0)
+                    text[static_cast<std::size_t>(place)] = static_cast<char>(specials[(place + length) % 7]);
+                check(text);
+            }
+        }
+    }
+}
+
+template <class Stops>
+std::size_t firstOf(const std::string& text, Stops stops) {
+    return static_cast<std::size_t>(std::find_if(text.begin(), text.end(), stops) - text.begin());
+}
+
+bool isControl(char c) { return static_cast<unsigned char>(c) < 0x20; }
+
+TYPED_TEST(Scan, StopsWhereAByteByByteSearchDoes) {
+    using namespace velmora::detail;
+    forEachText([](const std::string& text) {
+        const support::GuardedBytes bytes(text);
+        const char* begin = bytes.begin();
+        const char* end = begin + text.size();
+        const auto offset = [&](const char* p) { return static_cast<std::size_t>(p - begin); };
+        ASSERT_EQ(firstOf(text, isControl), offset(findControl<TypeParam>(begin, end)));
+        ASSERT_EQ(firstOf(text, [](char c) { return c == '"' || c == '\\'; }),
+                  offset(findEither<TypeParam>(begin, end, '"', '\\')));
+        ASSERT_EQ(firstOf(text, [](char c) { return c != ' '; }), offset(passRun<TypeParam>(begin, end, ' ')));
+    });
+}
+
+TYPED_TEST(Scan, CopiesUnlessAByteIsMarked) {
+    using namespace velmora::detail;
+    const auto marks = [](TypeParam b) { return b.is('"') | b.isBelow(0x20); };
+    forEachText([&](const std::string& text) {
+        const support::GuardedBytes bytes(text);
+        const int n = static_cast<int>(text.size());
+        const bool marked = std::any_of(text.begin(), text.end(), [](char c) { return c == '"' || isControl(c); });
+        ASSERT_EQ(marked, anyMarked<TypeParam>(bytes.begin(), n, marks)) << text;
+        std::string copy(text.size() + 2, '#');
+        ASSERT_EQ(!marked, copyUnless<TypeParam>(copy.data() + 1, bytes.begin(), n, marks));
+        ASSERT_EQ('#', copy.front());
+        ASSERT_EQ('#', copy.back());
+        ASSERT_EQ(marked ? copy : text, marked ? copy : copy.substr(1, text.size()));
+    });
+}
+
+TYPED_TEST(Scan, TheFirstMarkIsTheFirst) {
+    std::mt19937 random(5);
+    for (int round = 0; round < 5000; ++round) {
+        std::string text(16, ' ');
+        for (char& c : text) c = static_cast<char>(random() % 4 == 0 ? random() % 256 : '.');
+        const auto block = TypeParam::load(text.data());
+        for (int c = 0; c < 256; c += 5) {
+            const auto found = block.is(static_cast<char>(c));
+            const std::size_t place = text.find(static_cast<char>(c));
+            ASSERT_EQ(place != std::string::npos, found.any());
+            ASSERT_EQ(found.any() ? static_cast<int>(place) : -1, found.any() ? found.first() : -1);
+        }
+        const auto other = block.isNot('.');
+        const std::size_t place = text.find_first_not_of('.');
+        ASSERT_EQ(place != std::string::npos, other.any());
+        ASSERT_EQ(other.any() ? static_cast<int>(place) : -1, other.any() ? other.first() : -1);
+    }
+}
+
+}  // namespace
