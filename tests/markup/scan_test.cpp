@@ -58,6 +58,8 @@ TYPED_TEST(Scan, StopsWhereAByteByByteSearchDoes) {
         ASSERT_EQ(firstOf(text, isControl), offset(findControl<TypeParam>(begin, end)));
         ASSERT_EQ(firstOf(text, [](char c) { return c == '"' || c == '\\'; }),
                   offset(findEither<TypeParam>(begin, end, '"', '\\')));
+        ASSERT_EQ(firstOf(text, [](char c) { return static_cast<unsigned char>(c) > ' '; }),
+                  offset(passBlanks<TypeParam>(begin, end)));
         ASSERT_EQ(firstOf(text, [](char c) { return c != ' '; }), offset(passRun<TypeParam>(begin, end, ' ')));
     });
 }

@@ -137,9 +137,10 @@ bool LogCharStream::readLineStream(char* line, int size, int& length, std::int64
     length = 0;
     const int room = size - 1;
     auto store = [&](const char* bytes, std::ptrdiff_t count) {
-        if (count > room - length) count = room - length;
-        std::memcpy(line + length, bytes, static_cast<std::size_t>(count));
-        length += static_cast<int>(count);
+        const int kept = static_cast<int>(std::min<std::ptrdiff_t>(count, room - length));
+        if (kept <= 0) return;
+        std::memcpy(line + length, bytes, static_cast<std::size_t>(kept));
+        length += kept;
     };
     if (!walkLine(store, nextPosition)) return false;
     line[length] = 0;
@@ -155,32 +156,21 @@ bool LogCharStream::parseLine(int fieldCount, const bool* wanted, char** fields,
     const char* read = line;  // null behind the terminator
     char* write = line;
     for (int i = 0; i < fieldCount; ++i) {
-        char* field = read ? write : write - 1;  // a missing field is the zero byte of the last one
+        char* field = write;
         char previous = 0;
-        bool open = read != nullptr;
-        const bool more = open;
-        while (open) {
+        for (bool open = read != nullptr; open;) {
             const char c = *read++;
-            switch (c) {
-                case '\r':
-                    continue;
-                case '\n':
-                    open = previous == '\\';
-                    if (open) previous = write[-1] = '\n';
-                    continue;
-                case '\t':
-                    open = i == fieldCount - 1;
-                    break;
-                case 0:
-                    open = false;
-                    read = nullptr;
-                    break;
-                default:
-                    break;
+            if (c == '\r') continue;
+            if (c == '\n' && previous == '\\') {
+                previous = write[-1] = c;
+                continue;
             }
-            if (open) previous = *write++ = c;
+            if (c == 0) read = nullptr;
+            open = c != 0 && c != '\n' && (c != '\t' || i == fieldCount - 1);
+            *write++ = open ? c : '\0';
+            previous = c;
         }
-        if (more) *write++ = 0;
+        if (field == write) --field;  // nothing was left to read: the zero byte of the last field
         if (wanted[i]) *fields++ = field;
     }
     return true;

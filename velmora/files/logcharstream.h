@@ -74,8 +74,8 @@ public:
     // Requires: the line has `fieldCount` fields. What is missing comes out empty; nothing behind the line is read.
     static bool parseLine(int fieldCount, const bool* wanted, char** fields, char* line);
 
-    // The first line of the file, up to its line end or a zero byte; empty on failure and when closed. The stream position
-    // and the piece do not change. Limit: 1,023 bytes.
+    // The first line of the file, up to its line end or a zero byte; empty on failure and when closed. The piece and its
+    // cursor stay as they are. Limit: 1,023 bytes.
     void readFirstLine(std::string& line);
 
 protected:

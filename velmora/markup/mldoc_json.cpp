@@ -38,13 +38,11 @@ Class classOf(char c) { return classes[static_cast<unsigned char>(c)]; }
 
 bool isStructure(char c) { return classOf(c) == kStructure; }
 
-// Every byte up to the blank is white. Indents are long runs of blanks.
+// Every byte up to the blank is white. Most often there is none, or one, or a line end and an indent.
 const char* passWhite(const char* p, const char* end) {
-    while (p != end && classOf(*p) == kWhite) {
-        ++p;
-        if (p != end && *p == ' ') p = velmora::detail::passRun(p, end, ' ');
-    }
-    return p;
+    if (p == end || classOf(*p) != kWhite) return p;
+    ++p;
+    return p == end || classOf(*p) != kWhite ? p : velmora::detail::passBlanks(p, end);
 }
 
 template <class... Kinds>
@@ -66,6 +64,13 @@ public:
 
     const char* here() const { return p_; }
     void moveTo(const char* p) { p_ = p; }
+
+    // Passes this byte of structure if it comes at once, as most do. Other white space and kinds are for next.
+    bool pass(char c) {
+        if (p_ == end_ || *p_ != c) return false;
+        ++p_;
+        return true;
+    }
 
     int next(ChPair& text) {
         p_ = passWhite(p_, end_);
@@ -209,8 +214,9 @@ bool MLDoc::deliverJsonToken(const JsonCursor& cursor, Token& token, bool openin
 bool MLDoc::attribute_json(const Token& token, Attribute& attribute) {
     JsonCursor cursor(*this);
     ChPair text;
+    const bool passed = cursor.pass(',');
     int kind = cursor.next(text);
-    if (kind == ',') kind = cursor.next(text);
+    if (!passed && kind == ',') kind = cursor.next(text);
     switch (kind) {
         case kQuoted:
             break;
@@ -225,7 +231,7 @@ bool MLDoc::attribute_json(const Token& token, Attribute& attribute) {
             fail(LCA__Unexpected_JSON_item);
     }
     ChPair key = text;
-    if (cursor.next(text) != ':') fail(LCA__Expected__0);
+    if (!cursor.pass(':') && cursor.next(text) != ':') fail(LCA__Expected__0);
     const char* behindColon = cursor.here();
     kind = cursor.next(text);
     if (kind == kQuoted || kind == kWord) {

@@ -32,13 +32,15 @@ public:
         return PortableBlock(bytesAt<std::uint64_t>(p), bytesAt<std::uint64_t>(p + 8));
     }
 
-    // Marks the bytes that are `c`, those that are not, and those below `limit`, which is at most 128.
+    // Marks the bytes that are `c`, those that are not, those below `limit`, which is at most 128, and those above one of
+    // at most 127.
     PortableBlock is(char c) const { return isNot(c).zeros(); }
     PortableBlock isNot(char c) const {
         const std::uint64_t all = kEveryByte * static_cast<unsigned char>(c);
         return PortableBlock(low_ ^ all, high_ ^ all);
     }
     PortableBlock isBelow(unsigned limit) const { return PortableBlock(below(low_, limit), below(high_, limit)); }
+    PortableBlock isAbove(unsigned limit) const { return PortableBlock(above(low_, limit), above(high_, limit)); }
     PortableBlock operator|(PortableBlock b) const { return PortableBlock(low_ | b.low_, high_ | b.high_); }
 
     bool any() const { return (low_ | high_) != 0; }
@@ -54,6 +56,9 @@ private:
 
     static std::uint64_t below(std::uint64_t bytes, unsigned limit) {
         return (bytes - kEveryByte * limit) & ~bytes & kEveryTop;
+    }
+    static std::uint64_t above(std::uint64_t bytes, unsigned limit) {
+        return (((bytes & ~kEveryTop) + kEveryByte * (127 - limit)) | bytes) & kEveryTop;
     }
     PortableBlock zeros() const { return isBelow(1); }
 };
@@ -72,6 +77,10 @@ public:
     Sse2Block isBelow(unsigned limit) const {
         const __m128i last = _mm_set1_epi8(static_cast<char>(limit - 1));
         return Sse2Block(_mm_cmpeq_epi8(_mm_min_epu8(bytes_, last), bytes_));
+    }
+    Sse2Block isAbove(unsigned limit) const {
+        const __m128i first = _mm_set1_epi8(static_cast<char>(limit + 1));
+        return Sse2Block(_mm_cmpeq_epi8(_mm_max_epu8(bytes_, first), bytes_));
     }
     Sse2Block operator|(Sse2Block b) const { return Sse2Block(_mm_or_si128(bytes_, b.bytes_)); }
 
@@ -110,6 +119,13 @@ template <class B = Block>
 inline const char* findEither(const char* p, const char* end, char first, char second) {
     return scanUntil<B>(
         p, end, [=](B b) { return b.is(first) | b.is(second); }, [=](char c) { return c == first || c == second; });
+}
+
+// The end of a run of bytes up to the blank.
+template <class B = Block>
+inline const char* passBlanks(const char* p, const char* end) {
+    return scanUntil<B>(
+        p, end, [](B b) { return b.isAbove(' '); }, [](char c) { return static_cast<unsigned char>(c) > ' '; });
 }
 
 // The end of a run of `c`.

@@ -145,6 +145,11 @@ bool isPlainFile(int descriptor) {
     return fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode);
 }
 
+bool isLink(const char* path) {
+    struct stat info;
+    return lstat(path, &info) == 0 && S_ISLNK(info.st_mode);
+}
+
 bool namesFile(const char* path, int descriptor) {
     struct stat named;
     struct stat opened;
@@ -153,7 +158,7 @@ bool namesFile(const char* path, int descriptor) {
 }
 
 // Makes a file that is held from the moment it has its name, or an observer in between would take it for one that a dead
-// run has left. Null when the name is taken or the file system has no files without a name.
+// run has left. Null when the name is taken, which is EEXIST, or the file system has no files without a name.
 FILE* createLocked(const char* path) {
     char folder[PATH_MAX] = ".";
     if (const char* slash = std::strrchr(path, '/')) {
@@ -168,7 +173,9 @@ FILE* createLocked(const char* path) {
     FILE* stream = descriptor.toStream();
     if (!stream) return nullptr;
     if (linkat(AT_FDCWD, self, AT_FDCWD, path, AT_SYMLINK_FOLLOW) == 0) return stream;
+    const int error = errno;
     std::fclose(stream);
+    errno = error;
     return nullptr;
 }
 
@@ -183,6 +190,7 @@ FILE* lockFile(const utf16_string& widePath) {
         int found = open(path, kLockFlags | O_WRONLY);
         if (found < 0 && errno == ENOENT) {
             if (FILE* stream = createLocked(path)) return stream;
+            if (errno == EEXIST && !isLink(path)) continue;  // a rival was faster
             found = open(path, kLockFlags | O_WRONLY | O_CREAT, kLockMode);
         }
         Descriptor descriptor(found);
