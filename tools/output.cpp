@@ -21,7 +21,7 @@ void flushOutput() { remember(std::fflush(stdout) == 0); }
 }  // namespace
 
 void put(const char* text, std::size_t size) {
-    if (outputError == 0) remember(std::fwrite(text, 1, size, stdout) == size);
+    if (size != 0 && outputError == 0) remember(std::fwrite(text, 1, size, stdout) == size);
 }
 
 void complain(const std::string& line) {

@@ -381,7 +381,7 @@ TEST_F(ToolConvert, AnyDepthIsConverted) {
     for (int i = 0; i < depth - 1; ++i) result += std::string(static_cast<std::size_t>(i), '\t') + "<a>\n";
     result += std::string(depth - 1, '\t') + "<a/>\n";
     for (int i = depth - 2; i >= 0; --i) result += std::string(static_cast<std::size_t>(i), '\t') + "</a>\n";
-    EXPECT_EQ(result, convert(document, {"--to", "xml", "--compact"}));
+    EXPECT_TRUE(result == convert(document, {"--to", "xml", "--compact"}));  // too long to be shown
 }
 
 }  // namespace

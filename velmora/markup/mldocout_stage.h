@@ -189,7 +189,7 @@ inline ChPair MLDocOut::lineEnd() const {
 }
 
 inline MLDocOut::Run MLDocOut::run(int n, char c) {
-    if (n <= 0) return Run{nullptr, 0, false};
+    if (n <= 0) return Run{nullptr, 0, true};  // not one stretch to copy
     const char* from = n <= fill.count ? fill.data : filled(n, c);
     return Run{from, n, (n + Run::kSlack - 1) / Run::kSlack * Run::kSlack <= fill.allocateCount};
 }
