@@ -100,6 +100,46 @@ TEST(MLDocMemory, SteppingAllocatesNothing) {
     EXPECT_EQ(2 + 6 * 500, tokens);
 }
 
+// The stack of open names grows with the depth, and in powers of two, so a list of any length adds nothing.
+TEST(MLDocMemory, JsonAndYamlAllocateForTheDepthAlone) {
+    const int count = 500;
+    std::string json = "{ \"list\": [\n", yaml = "---\nlist:\n";
+    for (int i = 0; i < count; ++i) {
+        const std::string id = std::to_string(i);
+        json += "  {\"id\": " + id + ", \"name\": \"a \\\" c\", \"on\": true, \"sub\": [{\"x\":1}, {\"x\":2}]},\n";
+        yaml += "- id: " + id + "\n  name: \"a \\\" c\"\n  on: 'true'\n  sub:\n  - x: 1\n  - x: 2\n";
+    }
+    json += "] }\n";
+    for (const std::string* text : {&json, &yaml}) {
+        SCOPED_TRACE(text->substr(0, 20));
+        for (bool read : {false, true}) {
+            MLDoc doc;
+            doc.load("list", text->data(), static_cast<int>(text->size()));
+            MLDoc::Token token;
+            // As deep as it gets.
+            for (int i = 0; i < 4; ++i) ASSERT_TRUE(doc.step(token));
+            int opened = 0, attributes = 0, decodedBytes = 0;
+            support::AllocationCounter counter;
+            while (doc.step(token)) {
+                opened += token.opening;
+                if (!read || !token.opening) continue;
+                MLDoc::AttributeIterator list(&doc, token);
+                MLDoc::Attribute attribute;
+                while (list(attribute)) {
+                    ++attributes;
+                    char decoded[16];
+                    decodedBytes += doc.convertEscape(attribute.value, decoded);
+                }
+            }
+            const long allocations = counter.allocations();
+            EXPECT_EQ(0, allocations);
+            EXPECT_EQ(3 * (count - 1) + 1, opened);
+            EXPECT_EQ(read ? 5 * (count - 1) + 1 : 0, attributes);
+            EXPECT_EQ(read, decodedBytes > 5 * count);
+        }
+    }
+}
+
 TEST(MLDocMemory, LoadAllocatesTheBlockExactly) {
     const std::string text = listOf(10);
     MLDoc doc;

@@ -10,12 +10,16 @@
 #include <vector>
 
 #include <velmora/localization/keys.h>
-#include <velmora/serial/ttt.h>
 
+#include "tests/support/damaged.h"
 #include "tests/support/guard_page.h"
 #include "tests/support/message.h"
 
 namespace {
+
+using support::contains;
+using support::expectInside;
+using support::failureOf;
 
 const std::vector<std::string>& goodDocuments() {
     static const std::vector<std::string> documents = {
@@ -38,56 +42,7 @@ const std::vector<std::string>& goodDocuments() {
     return documents;
 }
 
-// Everything that a document which was taken for XML may fail with while it is walked.
-const std::set<std::string>& readerKeys() {
-    static const std::set<std::string> keys = {
-        "LCA__XML_tag_is_not_finished",
-        "LCA__XML_comment_is_not_finished",
-        "LCA__Too_long_XML_tag",
-        "LCA__Bad_character_in_XML_tag",
-        "LCA__Nested_XML_tag",
-        "LCA__Empty_XML_tag",
-        "LCA__Unexpected_end_of_token",
-        "LCA__Bad_character_instead_begin_of",
-        "LCA__Too_long_attribute_name",
-        "LCA__Bad_character_in_attribute_name",
-        "LCA__End_of_attribute_name_is_not",
-        "LCA__Character_expected_before_quote",
-        "LCA__Duplicate_before_attribute_value",
-        "LCA__Initial_quote_expected_after",
-        "LCA__Closing_quote_is_missed",
-    };
-    return keys;
-}
-
-// What detection adds.
-const std::set<std::string>& detectionKeys() {
-    static const std::set<std::string> keys = {
-        "LCA__UTF_16_BOM_is_not_supported", "LCA__Too_short_file",
-        "LCA__Unknown_text_format",         "LCA__XML_header_is_not_found_or",
-        "LCA__Specified_encoding_is_not",
-    };
-    return keys;
-}
-
-bool contains(const std::set<std::string>& keys, const std::string& key) { return keys.count(key) != 0; }
-
-// The key of what `action` throws, which must be a message of one key and nothing else; empty when it returns.
-template <class Action>
-std::string failureOf(const Action& action) {
-    try {
-        action();
-    } catch (const TTT& message) {
-        return support::dumpMessage(message);
-    }
-    return "";
-}
-
-void expectInside(const MLDoc& doc, const ChPair& view) {
-    EXPECT_LE(doc.buffer, view.begin);
-    EXPECT_LE(view.begin, view.end);
-    EXPECT_LE(view.end, doc.buffer + doc.length);
-}
+const std::set<std::string>& readerKeys() { return support::walkKeys(MLDocBase::XML); }
 
 // One token and all its attributes, each of which must lie inside the block.
 struct Span {
@@ -265,8 +220,6 @@ TEST(MLDocXmlRobust, EveryPrefixEndsWhereItIsCut) {
 
 TEST(MLDocXmlRobust, EveryByteMayBeChanged) {
     xml_char_classes_prepare();
-    static const unsigned char nasty[] = {0,   1,   '\t', '\n', '\r', ' ',  '!',  '"',  '&',  '\'', '-',  '/',  '<',
-                                          '=', '>', '?',  'a',  '{',  '\\', 0x7F, 0x80, 0xBF, 0xC3, 0xEF, 0xFE, 0xFF};
     int walked = 0, failed = 0;
     for (std::size_t i = 0; i < goodDocuments().size(); ++i) {
         const std::string& text = goodDocuments()[i];
@@ -274,7 +227,7 @@ TEST(MLDocXmlRobust, EveryByteMayBeChanged) {
         MLDoc& doc = guarded.doc;
         for (std::size_t at = 0; at < text.size(); ++at) {
             SCOPED_TRACE("document " + std::to_string(i) + ", byte " + std::to_string(at));
-            for (unsigned char byte : nasty) {
+            for (unsigned char byte : support::kNastyBytes) {
                 ASSERT_FALSE(HasFailure()) << "with the byte before " << int{byte};
                 std::memcpy(doc.buffer, text.data(), text.size());
                 doc.buffer[at] = static_cast<char>(byte);
@@ -282,7 +235,8 @@ TEST(MLDocXmlRobust, EveryByteMayBeChanged) {
                 doc.format = MLDocBase::Unknown;
                 const std::string refusal = failureOf([&] { doc.guessFormat(nullptr); });
                 if (!refusal.empty()) {
-                    EXPECT_TRUE(contains(readerKeys(), refusal) || contains(detectionKeys(), refusal)) << refusal;
+                    EXPECT_TRUE(contains(readerKeys(), refusal) || contains(support::detectionKeys(), refusal))
+                        << refusal;
                     continue;
                 }
                 if (byte == '{' && doc.format == MLDocBase::JSON) continue;  // no longer a document of this reader

@@ -200,11 +200,14 @@ TEST_F(ToolCheck, Examples) {
     }
     const std::pair<const char*, const char*> broken[] = {
         {"apostrophes.xml", "LCA__Initial_quote_expected_after"},
+        {"comment.yaml", "LCA__Spaces_and_in_names_are_not"},
         {"doctype.xml", "LCA__XML_comment_is_not_finished"},
         {"duplicate_equals.xml", "LCA__Duplicate_before_attribute_value"},
         {"empty.xml", "LCA__Too_short_file"},
+        {"escapes.json", "LCA__Unsupported_escape_sequence"},
         {"latin1.xml", "LCA__Specified_encoding_is_not"},
         {"leading_newline.xml", "LCA__Unknown_text_format"},
+        {"list_of_numbers.json", "LCA__Unexpected_JSON_item"},
         {"numeric_entity.xml", "LCA__Unsupported_escape_sequence"},
         {"truncated.xml", "LCA__XML_tag_is_not_finished"},
         {"unclosed.xml", "LCA__Closing_tag_not_found"},
