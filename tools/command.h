@@ -35,6 +35,8 @@ extern const Command lngCheckCommand;
 extern const Command lngCompileCommand;
 extern const Command lngDumpCommand;
 extern const Command lngKeysCommand;
+extern const Command lsCommand;
+extern const Command tailCommand;
 extern const Command walkCommand;
 
 }  // namespace tool

@@ -20,8 +20,8 @@ namespace tool {
 namespace {
 
 const Command* const commands[] = {
-    &checkCommand,   &convertCommand, &lngCheckCommand, &lngCompileCommand,
-    &lngDumpCommand, &lngKeysCommand, &walkCommand,
+    &checkCommand,   &convertCommand, &lngCheckCommand, &lngCompileCommand, &lngDumpCommand,
+    &lngKeysCommand, &lsCommand,      &tailCommand,     &walkCommand,
 };
 
 const std::vector<OptionSpec> commonOptions = {

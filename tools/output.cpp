@@ -16,9 +16,12 @@ void remember(bool done) {
     if (!done && outputError == 0) outputError = errno != 0 ? errno : EIO;
 }
 
-void flushOutput() { remember(std::fflush(stdout) == 0); }
-
 }  // namespace
+
+bool flushOutput() {
+    remember(std::fflush(stdout) == 0);
+    return outputError == 0;
+}
 
 void put(const char* text, std::size_t size) {
     if (size != 0 && outputError == 0) remember(std::fwrite(text, 1, size, stdout) == size);

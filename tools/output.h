@@ -12,6 +12,9 @@ namespace tool {
 void put(const char* text, std::size_t size);
 inline void put(const std::string& text) { put(text.data(), text.size()); }
 
+// Writes out what is held by now. Returns: whether standard output has taken everything so far.
+bool flushOutput();
+
 // Writes a line to standard error; its line feed is added.
 void complain(const std::string& line);
 

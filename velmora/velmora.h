@@ -4,6 +4,10 @@
 
 #include <velmora/base.h>
 #include <velmora/containers/vectors.h>
+#include <velmora/files/console.h>
+#include <velmora/files/findfile.h>
+#include <velmora/files/logcharstream.h>
+#include <velmora/files/rundetector.h>
 #include <velmora/files/utf8file.h>
 #include <velmora/localization/keys.h>
 #include <velmora/localization/loc.h>

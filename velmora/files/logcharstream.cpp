@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <memory>
 
@@ -49,6 +50,8 @@ bool LogCharStream::open(const char* path, int size, UTF8File::Mode mode) {
     if (name.empty()) return false;
     std::unique_ptr<char[]> piece(size != 0 ? new char[static_cast<std::size_t>(size)] : nullptr);
     if (!UTF8File::open(name.data, mode)) return false;
+    // Pieces are read whole, and a buffer of the stream's own would remember the end of the file as it was.
+    std::setvbuf(file, nullptr, _IONBF, 0);
     // A file that has no positions is open all the same; its size of -1 lets nothing be read.
     platform::seek(file, 0, SEEK_END);
     lastKnownSize = platform::tell(file);

@@ -77,6 +77,50 @@ std::int64_t timeFromUtc(std::tm& t);
 // Returns: units written, without the terminator; 0 when nothing was, or `size` units do not suffice.
 int formatTime(utf16_t* out, int size, const char* format, const std::tm& t);
 
+// ---- folders ----
+
+// What stands between the items of a path, as a mask is judged by it.
+char separator();
+
+// An entry of a folder. A symbolic link is what it leads to, or itself where it leads nowhere.
+struct FoundEntry {
+    unsigned attributes;   // 1 read-only, 2 hidden, 4 system, 16 folder; other bits mean nothing
+    std::int64_t created;  // seconds since 1970, as the two below; -1 for unknown
+    std::int64_t accessed;
+    std::int64_t written;
+    std::uint32_t size;  // low 32 bits; 0 for a folder and for unknown
+    utf16_t name[260];   // zero-terminated; entries with longer names are left out
+};
+
+// Begins to list what the mask names: the range, which is at most 260 characters, and `tail` behind it. In the last item of
+// the mask `*` is any text and `?` one character, and "*.*" is everything. "." and ".." are entries, too.
+// Returns: a handle, with the first entry in `out`; -1 when nothing matches or the folder cannot be listed.
+std::int64_t findFirst(const char* begin, const char* end, const char* tail, FoundEntry& out);
+// Returns: false at the end.
+bool findNext(std::int64_t handle, FoundEntry& out);
+// Nothing happens to a handle that is closed already.
+void findClose(std::int64_t handle);
+
+// The name of an entry as it has to be given to the functions above, zero-terminated.
+constexpr int kFoundNameBytes = 3 * 260 + 1;
+void foundName(const utf16_t (&name)[260], char (&out)[kFoundNameBytes]);
+
+// ---- console ----
+
+// Prints a text, up to its first zero byte, as this system's streams take it. `room` is work space of as many units as
+// printRoom asks for. Where there is a debugger's channel the text goes there, too.
+std::size_t printRoom(const char* begin, const char* end);
+void print(FILE* stream, const char* begin, const char* end, utf16_t* room);
+
+// An argument of the process in UTF-16, with its terminator. argumentRoom: units needed; 0 when it is to be taken as it
+// stands, be it UTF-8 already or not convertible.
+std::size_t argumentRoom(const char* argument);
+bool argumentToWide(const char* argument, utf16_t* room, std::size_t units);
+
+// Initialises COM on this thread. Returns: whether this call did, so that leaveCom is due. False where there is no COM.
+bool enterCom(bool multiThreaded);
+void leaveCom();
+
 }  // namespace platform
 
 #endif

@@ -1,3 +1,4 @@
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -7,6 +8,8 @@
 #include <cstdio>
 #include <cstring>
 #include <cwchar>
+#include <mutex>
+#include <new>
 
 #include <velmora/platform/platform.h>
 #include <velmora/text/utf.h>
@@ -273,5 +276,239 @@ int formatTime(utf16_t* out, int size, const char* format, const std::tm& t) {
     for (std::size_t i = 0; i <= length; ++i) out[i] = static_cast<utf16_t>(wide[i]);
     return static_cast<int>(length);
 }
+
+// ---- folders ----
+// A file name is any bytes here, and has to come back from UTF-16 as it was. So it is converted strictly, with surrogate
+// pairs, and a byte that is not part of well-formed UTF-8 becomes the lone unit 0xDC00 + byte, which nothing else becomes.
+
+namespace {
+
+constexpr unsigned kReadOnly = 1;
+constexpr unsigned kHidden = 2;
+constexpr unsigned kFolder = 16;
+constexpr unsigned kEscape = 0xDC00;
+
+bool isHighSurrogate(unsigned unit) { return (unit & 0xFC00) == 0xD800; }
+bool isLowSurrogate(unsigned unit) { return (unit & 0xFC00) == 0xDC00; }
+bool isEscape(unsigned unit) { return unit >= kEscape + 0x80 && unit <= kEscape + 0xFF; }
+
+// The bytes of the well-formed sequence at `p`, which is zero-terminated, and its code point; 0 where there is none.
+int wellFormed(const char* p, unsigned& point) {
+    auto byte = [p](int i) { return static_cast<unsigned>(static_cast<unsigned char>(p[i])); };
+    unsigned lead = byte(0);
+    int length = lead < 0x80 ? 1 : lead < 0xC2 ? 0 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : lead < 0xF5 ? 4 : 0;
+    if (length < 2) {
+        point = lead;
+        return length;
+    }
+    point = lead & (0x7FU >> length);
+    for (int i = 1; i < length; ++i) {
+        if ((byte(i) & 0xC0) != 0x80) return 0;
+        point = (point << 6) | (byte(i) & 0x3F);
+    }
+    static constexpr unsigned least[] = {0, 0, 0x80, 0x800, 0x10000};
+    bool surrogate = point >= 0xD800 && point <= 0xDFFF;
+    return point < least[length] || point > 0x10FFFF || surrogate ? 0 : length;
+}
+
+// False when the name does not fit, with its terminator.
+bool toUnits(const char* name, utf16_t (&out)[260]) {
+    utf16_t* p = out;
+    const utf16_t* last = out + 259;
+    while (*name) {
+        unsigned point = 0;
+        int length = wellFormed(name, point);
+        if (length == 0) {
+            point = kEscape + static_cast<unsigned char>(*name);
+            length = 1;
+        }
+        if (last - p < (point > 0xFFFF ? 2 : 1)) return false;
+        if (point > 0xFFFF) {
+            point -= 0x10000;
+            *p++ = static_cast<utf16_t>(0xD800 + (point >> 10));
+            point = 0xDC00 + (point & 0x3FF);
+        }
+        *p++ = static_cast<utf16_t>(point);
+        name += length;
+    }
+    *p = 0;
+    return true;
+}
+
+const char* behindCharacter(const char* p) {
+    unsigned point;
+    int length = wellFormed(p, point);
+    return p + (length == 0 ? 1 : length);
+}
+
+// `*` is any text and `?` one character. A mismatch goes back to the last `*` alone: an earlier one could not do better.
+bool matches(const char* pattern, const char* name) {
+    const char* star = nullptr;
+    const char* resume = nullptr;
+    while (*name) {
+        if (*pattern == '*') {
+            star = ++pattern;
+            resume = name;
+        } else if (*pattern == '?') {
+            ++pattern;
+            name = behindCharacter(name);
+        } else if (*pattern == *name) {
+            ++pattern;
+            ++name;
+        } else if (star) {
+            pattern = star;
+            name = resume = behindCharacter(resume);
+        } else {
+            return false;
+        }
+    }
+    while (*pattern == '*') ++pattern;
+    return *pattern == 0;
+}
+
+// A find that is going on. Its handle is a number that is never given twice, so one that is closed twice, as two copies
+// of its owner do, harms nobody.
+struct Find {
+    DIR* folder = nullptr;
+    std::int64_t handle = 0;
+    Find* next = nullptr;
+    const char* pattern = nullptr;  // in `mask`; "*" for everything
+    char mask[PATH_MAX];
+
+    Find() { mask[0] = 0; }
+    Find(const Find&) = delete;
+    void operator=(const Find&) = delete;
+    ~Find() {
+        if (folder) closedir(folder);
+    }
+
+    bool open(const char* begin, const char* end, const char* tail);
+    bool step(FoundEntry& out);
+};
+
+constinit std::mutex findsLock;
+constinit Find* finds = nullptr;
+constinit std::int64_t lastHandle = 0;
+
+Find** placeOf(std::int64_t handle) {
+    Find** place = &finds;
+    while (*place && (*place)->handle != handle) place = &(*place)->next;
+    return place;
+}
+
+bool Find::open(const char* begin, const char* end, const char* tail) {
+    std::size_t size = static_cast<std::size_t>(end - begin);
+    std::size_t tailSize = std::strlen(tail);
+    if (size == 0) return fail(ENOENT), false;
+    if (size >= sizeof mask - tailSize) return fail(ENAMETOOLONG), false;
+    std::memcpy(mask, begin, size);
+    std::memcpy(mask + size, tail, tailSize + 1);
+
+    const char* path = ".";
+    pattern = mask;
+    if (char* slash = std::strrchr(mask, '/')) {
+        *slash = 0;
+        path = slash == mask ? "/" : mask;
+        pattern = slash + 1;
+    }
+    if (std::strcmp(pattern, "*.*") == 0) pattern = "*";
+    folder = opendir(path);
+    return folder != nullptr;
+}
+
+bool Find::step(FoundEntry& out) {
+    while (const dirent* entry = readdir(folder)) {
+        const char* name = entry->d_name;
+        if (!matches(pattern, name) || !toUnits(name, out.name)) continue;
+
+        struct stat info;
+        bool known = fstatat(dirfd(folder), name, &info, 0) == 0 ||
+                     fstatat(dirfd(folder), name, &info, AT_SYMLINK_NOFOLLOW) == 0;
+        if (!known && errno == ENOENT) continue;  // gone in the meantime
+        bool isFolder = known ? S_ISDIR(info.st_mode) : entry->d_type == DT_DIR;
+        bool isSpecial = name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0));
+        out.attributes = isFolder ? kFolder : 0;
+        if (known && (info.st_mode & kAnyWrite) == 0) out.attributes |= kReadOnly;
+        if (name[0] == '.' && !isSpecial) out.attributes |= kHidden;
+        out.created = known ? info.st_ctime : -1;
+        out.accessed = known ? info.st_atime : -1;
+        out.written = known ? info.st_mtime : -1;
+        out.size = known && !isFolder ? static_cast<std::uint32_t>(info.st_size) : 0;
+        return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+char separator() { return '/'; }
+
+std::int64_t findFirst(const char* begin, const char* end, const char* tail, FoundEntry& out) {
+    Find* find = new (std::nothrow) Find;
+    if (!find) return fail(ENOMEM), -1;
+    if (!find->open(begin, end, tail) || !find->step(out)) {
+        delete find;
+        return -1;
+    }
+    std::lock_guard<std::mutex> guard(findsLock);
+    find->handle = ++lastHandle;
+    find->next = finds;
+    finds = find;
+    return find->handle;
+}
+
+bool findNext(std::int64_t handle, FoundEntry& out) {
+    Find* find;
+    {
+        std::lock_guard<std::mutex> guard(findsLock);
+        find = *placeOf(handle);
+    }
+    return find && find->step(out);
+}
+
+void findClose(std::int64_t handle) {
+    Find* find;
+    {
+        std::lock_guard<std::mutex> guard(findsLock);
+        Find** place = placeOf(handle);
+        find = *place;
+        if (!find) return;
+        *place = find->next;
+    }
+    delete find;
+}
+
+void foundName(const utf16_t (&name)[260], char (&out)[kFoundNameBytes]) {
+    char* p = out;
+    for (int i = 0; i < 260 && name[i] != 0; ++i) {
+        unsigned unit = name[i];
+        if (i < 259 && isHighSurrogate(unit) && isLowSurrogate(name[i + 1])) {
+            unsigned point = 0x10000 + ((unit & 0x3FF) << 10) + (name[++i] & 0x3FFU);
+            *p++ = static_cast<char>(0xF0 | (point >> 18));
+            *p++ = static_cast<char>(0x80 | ((point >> 12) & 0x3F));
+            *p++ = static_cast<char>(0x80 | ((point >> 6) & 0x3F));
+            *p++ = static_cast<char>(0x80 | (point & 0x3F));
+        } else if (isEscape(unit)) {
+            *p++ = static_cast<char>(unit - kEscape);
+        } else {
+            p = putch_utf8(name[i], p, out + kFoundNameBytes);
+        }
+    }
+    *p = 0;
+}
+
+// ---- console ----
+
+std::size_t printRoom(const char*, const char*) { return 0; }
+
+void print(FILE* stream, const char* begin, const char* end, utf16_t*) {
+    std::fwrite(begin, 1, strnlen(begin, static_cast<std::size_t>(end - begin)), stream);
+}
+
+std::size_t argumentRoom(const char*) { return 0; }
+bool argumentToWide(const char*, utf16_t*, std::size_t) { return false; }
+
+bool enterCom(bool) { return false; }
+void leaveCom() {}
 
 }  // namespace platform

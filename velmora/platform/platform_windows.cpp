@@ -1,6 +1,7 @@
 // Paths go to the system as UTF-16, by the library's own conversion: that is what this file takes from text/.
 #include <fcntl.h>
 #include <io.h>
+#include <objbase.h>
 #include <share.h>
 #include <sys/stat.h>
 #include <windows.h>
@@ -154,5 +155,75 @@ int formatTime(utf16_t* out, int size, const char* format, const std::tm& t) {
     for (std::size_t i = 0; i <= formatLength; ++i) wideFormat[i] = static_cast<unsigned char>(format[i]);
     return static_cast<int>(std::wcsftime(out, static_cast<std::size_t>(size), wideFormat, &t));
 }
+
+// ---- folders ----
+
+namespace {
+
+void copyEntry(FoundEntry& out, const struct _wfinddata64i32_t& data) {
+    out.attributes = data.attrib;
+    out.created = data.time_create;
+    out.accessed = data.time_access;
+    out.written = data.time_write;
+    out.size = data.size;
+    std::wmemcpy(out.name, data.name, 260);
+}
+
+}  // namespace
+
+char separator() { return '\\'; }
+
+std::int64_t findFirst(const char* begin, const char* end, const char* tail, FoundEntry& out) {
+    wchar_t mask[kPathMax + 3] = {};
+    utf8_to_utf16(begin, end, mask, mask + kPathMax);
+    wchar_t* p = mask + std::wcslen(mask);
+    for (; *tail; ++tail) *p++ = static_cast<unsigned char>(*tail);
+    struct _wfinddata64i32_t data = {};
+    std::int64_t handle = _wfindfirst64i32(mask, &data);
+    if (handle != -1) copyEntry(out, data);
+    return handle;
+}
+
+bool findNext(std::int64_t handle, FoundEntry& out) {
+    struct _wfinddata64i32_t data = {};
+    if (_wfindnext64i32(handle, &data) != 0) return false;
+    copyEntry(out, data);
+    return true;
+}
+
+void findClose(std::int64_t handle) { _findclose(handle); }
+
+void foundName(const utf16_t (&name)[260], char (&out)[kFoundNameBytes]) {
+    const utf16_t* end = name + wcsnlen(name, 260);
+    utf16_to_utf8(name, end, out, out + kFoundNameBytes - 1);
+    out[strlen_utf8(name, end)] = 0;
+}
+
+// ---- console ----
+
+std::size_t printRoom(const char* begin, const char* end) { return strlen_utf8(begin, end) + 1; }
+
+void print(FILE* stream, const char* begin, const char* end, utf16_t* room) {
+    std::size_t units = strlen_utf8(begin, end);
+    utf8_to_utf16(begin, end, room, room + units);
+    room[units] = 0;
+    std::fwprintf(stream, L"%ls", room);
+    OutputDebugStringW(room);
+}
+
+std::size_t argumentRoom(const char* argument) {
+    return static_cast<std::size_t>(MultiByteToWideChar(CP_ACP, 0, argument, -1, nullptr, 0));
+}
+
+bool argumentToWide(const char* argument, utf16_t* room, std::size_t units) {
+    return MultiByteToWideChar(CP_ACP, 0, argument, -1, room, static_cast<int>(units)) != 0;
+}
+
+// Any other result than S_OK is not balanced, S_FALSE neither: that is left to whoever initialised the thread before.
+bool enterCom(bool multiThreaded) {
+    return (multiThreaded ? CoInitializeEx(nullptr, COINIT_MULTITHREADED) : CoInitialize(nullptr)) == S_OK;
+}
+
+void leaveCom() { CoUninitialize(); }
 
 }  // namespace platform
