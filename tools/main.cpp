@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <exception>
+#include <iterator>
 #include <new>
 #include <string>
 #include <utility>
@@ -11,6 +12,7 @@
 
 #include "tools/command.h"
 #include "tools/host.h"
+#include "tools/manual.h"
 #include "tools/output.h"
 #include "tools/report.h"
 #include "tools/status.h"
@@ -25,7 +27,7 @@ const Command* const commands[] = {
 };
 
 const std::vector<OptionSpec> commonOptions = {
-    {"--help", false}, {"--lang", true}, {"--lang-dir", true}, {"--version", false}};
+    {"--help", false}, {"--lang", true, VELMORA_LANGUAGES}, {"--lang-dir", true}, {"--version", false}};
 
 constexpr std::size_t kSummaryColumn = 13;
 
@@ -58,7 +60,9 @@ std::string listCommands(const std::string& words) {
 
 std::string generalHelp(const std::string& words) {
     return "Usage: velmora [OPTION]... COMMAND [ARGUMENT]...\n\nCommands:\n" + listCommands(words) +
-           "\n'velmora help COMMAND' tells more about one of them.\n\n" + kCommonHelp;
+           "\n'velmora help COMMAND' tells more about one of them. 'velmora help --man' writes the\n"
+           "manual page, and 'velmora help --bash' what bash needs to complete words.\n\n" +
+           kCommonHelp;
 }
 
 const Command* findCommand(const std::string& name) {
@@ -121,9 +125,15 @@ private:
 
     int help() {
         name_.clear();
+        std::vector<OptionSpec> known = commonOptions;
+        known.insert(known.end(), {{"--man", false}, {"--bash", false}});
+        reader_.readOptions(known, arguments_);
         if (!reader_.atEnd()) name_ = takeName(reader_);
-        reader_.readAll(commonOptions, arguments_);
+        reader_.readAll(known, arguments_);
         if (!arguments_.operands.empty()) throw UsageError{"too many words behind help"};
+        const CommandList list{{std::begin(commands), std::end(commands)}, commonOptions, kCommonHelp};
+        if (arguments_.has("--man")) return show(manualPage(list));
+        if (arguments_.has("--bash")) return show(bashCompletion(list));
         return showHelp();
     }
 

@@ -17,6 +17,7 @@ struct UsageError {
 struct OptionSpec {
     const char* name;  // with its dashes: "--stamp", "-o"
     bool takesValue;
+    const char* values = nullptr;  // the words to choose from, with blanks between them; null: any text
 };
 
 // What was given: options by name, and everything else in order.

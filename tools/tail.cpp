@@ -192,7 +192,7 @@ const Command tailCommand{
     1,
     1,
     true,
-    {{"--lines", true}, {"--once", false}, {"--fields", true}, {"--only", true}, {"--interval", true}},
+    {{"--lines", true, "all"}, {"--once", false}, {"--fields", true}, {"--only", true}, {"--interval", true}},
     run};
 
 }  // namespace tool
