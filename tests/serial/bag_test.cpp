@@ -11,6 +11,7 @@
 #include <type_traits>
 
 #include <velmora/markup/mldoc.h>
+#include <velmora/serial/ttt.h>
 
 #include "tests/support/guard_page.h"
 
@@ -328,6 +329,32 @@ TEST(BagStealFromDocument, TakesTheText) {
     expectFields(bag, 5, 0, 5);
     EXPECT_EQ("hello", content(bag));
     EXPECT_EQ(nullptr, doc.buffer);
+}
+
+TEST(BagStealFromDocument, WithoutABlockThereIsNoContent) {
+    MLDoc doc;
+    EXPECT_THROW(doc.load("refused", "ab", 2), TTT);
+    EXPECT_NE(0u, doc.length);
+    Bag bag("old", 3);
+    bag.stealFrom(doc);
+    EXPECT_EQ(nullptr, bag.data);
+    expectFields(bag, 0, 0, 0);
+    EXPECT_THROW(bag.getChar(), Bag::Exception);
+
+    doc.load("good", "<a/>", 4);
+    bag.stealFrom(doc);
+    Bag second("old", 3);
+    second.stealFrom(doc);
+    EXPECT_EQ(nullptr, second.data);
+    expectFields(second, 0, 0, 0);
+}
+
+TEST(BagWrite, SizeThatWouldOverflowIsRefused) {
+    Bag bag("ab", 2);
+    bag.to(INT_MAX - 1);
+    EXPECT_THROW(bag.putData("xy", 2), Bag::Exception);
+    EXPECT_THROW(bag.putDataAligned("xy", 2, 2), Bag::Exception);
+    EXPECT_EQ(2, bag.size);
 }
 
 TEST(BagEquality, ComparesTheContentAlone) {

@@ -237,6 +237,45 @@ TEST(TTTMove, TakesTheBlock) {
     EXPECT_EQ(nullptr, source.getData().data);
 }
 
+// As in a copy, the cursor ends at the end: what is appended to a message that was loaded and thrown goes behind it.
+TEST(TTTMove, LeavesTheCursorAtTheEnd) {
+    Bag stored;
+    TTT("x").save(stored);
+    for (int way = 0; way < 3; ++way) {
+        SCOPED_TRACE(way);
+        TTT loaded;
+        stored.toBegin();
+        loaded.load(stored);
+        EXPECT_EQ(0, loaded.getData().cursor);
+        TTT moved;
+        if (way == 0) moved = std::move(loaded);
+        if (way == 1) {
+            try {
+                throw TTT(std::move(loaded));
+            } catch (TTT& caught) {
+                moved = std::move(caught);
+            }
+        }
+        if (way == 2) moved.stealFrom(loaded);  // this one takes the fields as they are
+        EXPECT_EQ(way == 2 ? 0 : moved.getData().size, moved.getData().cursor);
+        moved.getData().toEnd();
+        moved <= "!";
+        std::string text;
+        moved.translate(text);
+        EXPECT_EQ("x!", text);
+    }
+}
+
+TEST(TTTMove, ToItselfChangesNothing) {
+    TTT message("x");
+    message.getData().toBegin();
+    TTT& same = message;
+    message = std::move(same);
+    EXPECT_EQ(0, message.getData().cursor);
+    message.getData().toEnd();
+    expectMessage("FFFFFFFF 7800", message);
+}
+
 // ---- assignment ----
 
 TEST(TTTAssign, ReplacesTheMessage) {

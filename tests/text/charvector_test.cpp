@@ -613,13 +613,25 @@ TEST(CharVectorCutTo, LongerLengthChangesNothing) {
     expectNull(__LINE__, none);
 }
 
-TEST(CharVectorPrepare, ZeroChangesNothing) {
+TEST(CharVectorCutTo, NegativeLengthIsIgnored) {
+    CharVector v("abc"), none;
+    for (int n : {-1, -4, INT_MIN}) {
+        v.cutTo(n);
+        expectText(__LINE__, "abc", 4, v);
+        none.cutTo(n);
+        expectNull(__LINE__, none);
+    }
+}
+
+TEST(CharVectorPrepare, ZeroAndLessChangeNothing) {
     CharVector v("text");
-    EXPECT_EQ(v.data, v.prepare(0));
-    expectText(__LINE__, "text", 5, v);
     CharVector none;
-    EXPECT_EQ(nullptr, none.prepare(0));
-    expectNull(__LINE__, none);
+    for (int n : {0, -1, INT_MIN}) {
+        EXPECT_EQ(v.data, v.prepare(n));
+        expectText(__LINE__, "text", 5, v);
+        EXPECT_EQ(nullptr, none.prepare(n));
+        expectNull(__LINE__, none);
+    }
 }
 
 TEST(CharVectorPrepare, SizeThatFitsKeepsTheBytes) {

@@ -767,6 +767,19 @@ TEST(StrToDoubleRange, Grammar) {
     }
 }
 
+TEST(StrToDoubleRange, ZeroByteIsLeftOver) {
+    support::LocaleScope numbers(LC_NUMERIC, "C");
+    for (const std::string& text : {std::string(1, '\0'), std::string("1.5\0", 4), std::string("1.5\0junk", 8),
+                                    std::string("\0"
+                                                "1.5",
+                                                4)}) {
+        GuardedBytes bytes(text);
+        double value = kUntouched;
+        EXPECT_FALSE(strtodouble(bytes.begin(), bytes.end(), &value));
+        EXPECT_EQ(kUntouched, value);
+    }
+}
+
 TEST(StrToDoubleRange, TakesFortyNineBytes) {
     support::LocaleScope numbers(LC_NUMERIC, "C");
     const struct {

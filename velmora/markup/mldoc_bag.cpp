@@ -5,5 +5,5 @@
 void Bag::stealFrom(MLDoc& doc) {
     int length;
     char* block = doc.steal(length);
-    stealFrom(block, length);
+    stealFrom(block, block ? length : 0);  // a document without a block may still tell a length
 }

@@ -202,6 +202,7 @@ private:
     void beginItemXml(const char* name);
     void beginItemJson(const char* name);
     void beginItemYaml(const char* name);
+    void keepName(const char* name);
     void endItemXml(const char* name);
     void endItemJson(const char* name);
 };

@@ -1,6 +1,8 @@
 // Items. A JSON or YAML element has no name but its key, and the same name may come many times: so each child is an element
 // of an array named after it, and consecutive children of one name share the array. Only the next beginItem tells whether
 // an array goes on or ends, which is what `lastName` is kept for.
+#include <cstring>
+
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldocout.h>
 #include <velmora/markup/mldocout_stage.h>
@@ -113,6 +115,17 @@ void MLDocOut::beginItemContent() {
     set(InContent);
 }
 
+// Over the last name and in its array if there is room, so that a steady state allocates nothing. `name` may lie in it.
+void MLDocOut::keepName(const char* name) {
+    const int length = ChPair(name).len();
+    if (lastName.allocateCount > length) {
+        std::memmove(lastName.data, name, static_cast<std::size_t>(length) + 1);
+        lastName.count = length;
+    } else {
+        lastName = name;
+    }
+}
+
 void MLDocOut::endItem(const char* name) {
     requireName(name);
     --depth;
@@ -125,8 +138,7 @@ void MLDocOut::endItem(const char* name) {
             break;
         case YAML:
             --indent;
-            lastName.truncate();
-            lastName.append(name);
+            keepName(name);
             set(NeedSeparator);
             break;
         case HTML:
@@ -154,7 +166,7 @@ void MLDocOut::endItemXml(const char* name) {
         if (!has(InContent)) stage.add(indentRun());
         clear(InContent);
         const ChPair text(name);
-        if (isShort(text)) {
+        if (text.len() + lineEnd().len() + 3 <= Stage::kMostFormatted) {
             stage.add(Literal("</"), text, '>', lineEnd());
         } else {
             addPieces(stage, {"</", text, ">", eoln});
@@ -177,7 +189,6 @@ void MLDocOut::endItemJson(const char* name) {
     }
     stage.add('}');
     stage.flush();
-    lastName.truncate();
-    lastName.append(name);
+    keepName(name);
     set(NeedSeparator);
 }

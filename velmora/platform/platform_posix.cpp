@@ -263,6 +263,23 @@ std::int64_t timeFromLocal(std::tm& t) { return std::mktime(&t); }
 
 std::int64_t timeFromUtc(std::tm& t) { return timegm(&t); }
 
+namespace {
+
+// A code point in UTF-16.
+int unitsOf(unsigned point) { return point > 0xFFFF ? 2 : 1; }
+
+utf16_t* putUnits(utf16_t* p, unsigned point) {
+    if (point > 0xFFFF) {
+        point -= 0x10000;
+        *p++ = static_cast<utf16_t>(0xD800 + (point >> 10));
+        point = 0xDC00 + (point & 0x3FF);
+    }
+    *p++ = static_cast<utf16_t>(point);
+    return p;
+}
+
+}  // namespace
+
 int formatTime(utf16_t* out, int size, const char* format, const std::tm& t) {
     constexpr std::size_t kMost = 256;
     wchar_t wideFormat[kMost];
@@ -273,8 +290,14 @@ int formatTime(utf16_t* out, int size, const char* format, const std::tm& t) {
     std::size_t room = static_cast<std::size_t>(size) < kMost ? static_cast<std::size_t>(size) : kMost;
     std::size_t length = std::wcsftime(wide, room, wideFormat, &t);
     if (length == 0) return 0;
-    for (std::size_t i = 0; i <= length; ++i) out[i] = static_cast<utf16_t>(wide[i]);
-    return static_cast<int>(length);
+    const utf16_t* last = out + size - 1;
+    utf16_t* p = out;
+    for (std::size_t i = 0; i < length; ++i) {
+        if (last - p < unitsOf(static_cast<unsigned>(wide[i]))) return 0;
+        p = putUnits(p, static_cast<unsigned>(wide[i]));
+    }
+    *p = 0;
+    return static_cast<int>(p - out);
 }
 
 // ---- folders ----
@@ -322,13 +345,8 @@ bool toUnits(const char* name, utf16_t (&out)[260]) {
             point = kEscape + static_cast<unsigned char>(*name);
             length = 1;
         }
-        if (last - p < (point > 0xFFFF ? 2 : 1)) return false;
-        if (point > 0xFFFF) {
-            point -= 0x10000;
-            *p++ = static_cast<utf16_t>(0xD800 + (point >> 10));
-            point = 0xDC00 + (point & 0x3FF);
-        }
-        *p++ = static_cast<utf16_t>(point);
+        if (last - p < unitsOf(point)) return false;
+        p = putUnits(p, point);
         name += length;
     }
     *p = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cassert>
+#include <climits>
 #include <cstring>
 #include <new>
 
@@ -89,6 +90,7 @@ void Bag::putData(const void* src, int n) {
 
 char* Bag::putDataPtr(int n) {
     assert(cursor >= 0 && n >= 0);
+    if (cursor > INT_MAX - n) throw Exception();
     expand(cursor + n);
     cursor += n;
     size = cursor;
@@ -115,6 +117,7 @@ char* Bag::putDataPtrAligned(int n, int alignment) {
     align(alignment);
     int start = cursor;
     assert(start >= 0 && n >= 0);
+    if (start > INT_MAX - n) throw Exception();
     cursor += n;
     expand(cursor);
     if (size < start) std::memset(data + size, 0, static_cast<std::size_t>(start - size));

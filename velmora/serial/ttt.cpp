@@ -25,8 +25,11 @@ TTT& TTT::operator=(const TTT& s) {
     return *this;
 }
 
+// The cursor ends where that of a copy would.
 TTT& TTT::operator=(TTT&& s) noexcept {
+    if (this == &s) return *this;
     data.stealFrom(s.data);
+    data.toEnd();
     return *this;
 }
 

@@ -89,7 +89,7 @@ public:
     // `<=` on an empty message.
     TTT(const ChPair& text) { putPairForm(text); }
     TTT(const TTT& s) : TTT(s.data) {}
-    TTT(TTT&& s) noexcept { data.stealFrom(s.data); }
+    TTT(TTT&& s) noexcept { *this = static_cast<TTT&&>(s); }
     TTT(const Bag& encoded) : TTT(encoded.data, encoded.size) {}
     // A message as it is stored. It is not validated; rendering survives whatever it holds.
     TTT(const char* bytes, int n) { data.putData(bytes, n); }

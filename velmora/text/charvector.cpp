@@ -90,13 +90,13 @@ void CharVector::truncate() {
 }
 
 void CharVector::cutTo(int n) {
-    if (count <= n) return;
+    if (n < 0 || count <= n) return;
     count = n;
     data[n] = 0;
 }
 
 char* CharVector::prepare(int n) {
-    if (n == 0) return data;
+    if (n <= 0) return data;
     if (allocateCount <= n) {
         char* text = new char[static_cast<std::size_t>(n) + 1];
         delete[] data;

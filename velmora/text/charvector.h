@@ -132,11 +132,12 @@ public:
     void clear();
     // Empties the text and keeps the array.
     void truncate();
-    // Cuts the text to `n` bytes if it is longer; keeps the array.
+    // Cuts the text to `n` bytes if it is longer; keeps the array. A negative `n` is ignored.
     void cutTo(int n);
 
     // Makes the text `n` bytes long, for the caller to fill. Returns: `data`.
-    // Invalidates: the old text, when the array must grow. Warning: prepare(0) changes nothing, not even the length.
+    // Invalidates: the old text, when the array must grow. Warning: prepare(0) changes nothing, not even the length,
+    // and nor does a negative `n`.
     char* prepare(int n);
 
     // Opens a gap of `n` bytes at `pos` for the caller to fill. Returns: the gap, or null for a bad `pos` or no `n`.

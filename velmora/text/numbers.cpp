@@ -176,6 +176,7 @@ bool strtodouble(const char* b, const char* e, double* out) {
     char text[kDoubleTextMax];
     std::memcpy(text, b, static_cast<std::size_t>(length));
     text[length] = 0;
+    if (std::memchr(text, 0, static_cast<std::size_t>(length))) return false;  // would end the text too early
     return strtodouble(text, out);
 }
 
