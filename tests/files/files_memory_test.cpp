@@ -414,6 +414,23 @@ protected:
     }
 };
 
+TEST_F(DictionaryMemory, LoaderReleasesAModuleThatItCannotKeep) {
+    struct Counted : Loc::Module {
+        int& alive;
+        explicit Counted(int& n) : alive(n) { ++alive; }
+        Counted(const Counted&) = delete;
+        void operator=(const Counted&) = delete;
+        ~Counted() override { --alive; }
+    };
+    int alive = 0;
+    const int failures = support::failEachAllocation([&] {
+        Loc::Loader loader;
+        loader.addModule(new Counted(alive));
+    });
+    EXPECT_LE(2, failures);
+    EXPECT_EQ(0, alive);
+}
+
 TEST_F(DictionaryMemory, LoadTakesAFixedNumberOfBlocks) {
     for (int count : {1, 2, 1000, 20000}) {
         SCOPED_TRACE(count);

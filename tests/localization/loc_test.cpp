@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -177,6 +178,8 @@ TEST(LocModuleMakeError, HasASentenceForEveryCode) {
          "Localization loading failed: Localization and executable file versions are different\n(file: a/m.eng.lng)"},
         {__LINE__, 6, "Localization loading failed: Error during file reading\n(file: a/m.eng.lng)"},
         {__LINE__, 7, "Localization loading failed: Not enough memory\n(file: a/m.eng.lng)"},
+        {__LINE__, 8, "Localization loading failed\n(file: a/m.eng.lng)"},
+        {__LINE__, INT_MAX, "Localization loading failed\n(file: a/m.eng.lng)"},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE("row at line " + std::to_string(row.line));

@@ -13,6 +13,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <memory>
 #include <string>
 
 #include <velmora/base.h>
@@ -152,7 +153,11 @@ public:
     ObjectVector<Module> modules;  // owned
 
     // Owns: the loader, from here on.
-    void addModule(Module* module) { modules.append(module); }
+    void addModule(Module* module) {
+        std::unique_ptr<Module> owned(module);
+        modules.append(module);
+        owned.release();
+    }
 
     // Loads every module. The first that fails ends the load and sets *error to an English sentence of two lines;
     // modules before it keep what they loaded.

@@ -3,6 +3,7 @@
 // an exception, of which a read beyond the end is the usual one. None of them reaches the caller.
 #include <cstdio>
 #include <cstring>
+#include <new>
 #include <string>
 
 #include <velmora/localization/loc.h>
@@ -17,7 +18,12 @@ constexpr int kPositionalMax = 32;
 constexpr int kNumberMax = 21;  // bytes of a 64-bit number and its terminator
 
 void appendText(std::string& out, const char* s, std::size_t n) { out.append(s, n); }
-void appendText(CharVector& out, const char* s, std::size_t n) { out.append(s, n); }
+// A vector does not grow beyond 1 GiB, and a short message may name a long text again and again.
+void appendText(CharVector& out, const char* s, std::size_t n) {
+    constexpr std::size_t kMost = std::size_t{1} << 30;
+    if (n >= kMost - static_cast<std::size_t>(out.count)) throw std::bad_alloc();
+    out.append(s, n);
+}
 void clearText(std::string& out) { out.clear(); }
 void clearText(CharVector& out) { out.clear(); }
 void callHook(const char* text, std::string& out) { TTT::translate_custom_std_string(text, out); }
