@@ -1659,6 +1659,37 @@ TEST(UTF8FileFaults, SizeReportsTheSeekToTheEnd) {
     EXPECT_EQ(-1, quiet.checkSize(100));
 }
 
+TEST(UTF8FileConstruct, DefaultMayBeLeftToTheCompiler) {
+    struct Holder {
+        UTF8File file;
+        int more;
+    };
+    Holder holder = {};
+    UTF8File files[2] = {};
+    EXPECT_FALSE(holder.file.throwing);
+    EXPECT_FALSE(files[1].isOpened());
+}
+
+TEST(UTF8FileStealFrom, ItselfChangesNothing) {
+    support::TempFolder folder;
+    UTF8File file(folder.write("f", "text"), true);
+    ASSERT_TRUE(file.open(UTF8File::READ));
+    FILE* stream = file.file;
+    file.stealFrom(file);
+    EXPECT_EQ(stream, file.file);
+    EXPECT_TRUE(file.throwing);
+    EXPECT_FALSE(file.name.empty());
+}
+
+TEST(UTF8FileRename, ToItsOwnPathSucceeds) {
+    support::TempFolder folder;
+    UTF8File file(folder.write("f", "text"), true);
+    EXPECT_TRUE(file.rename(file.name));
+    EXPECT_EQ("text", folder.read("f"));
+    UTF8File missing(folder.file("missing"), false);
+    EXPECT_FALSE(missing.rename(missing.name));
+}
+
 TEST(UTF8FileFaults, SizeThatCannotComeBackStaysAtTheEnd) {
     FaultyStream stream;
     stream.content = "abcdef";
@@ -1669,8 +1700,10 @@ TEST(UTF8FileFaults, SizeThatCannotComeBackStaysAtTheEnd) {
     EXPECT_EQ("LCA__Seek_file_error " + path("faulty") + " " + system(EIO), thrownMessage([&] { throwing.size(); }));
     EXPECT_EQ(6, throwing.pos());
     stream.open(quiet);
+    quiet.lastOp = 0;
     EXPECT_EQ(-1, quiet.size());
     EXPECT_EQ(6, quiet.pos());
+    EXPECT_EQ(0, quiet.lastOp);
 }
 
 TEST(UTF8FileFaults, PosHasNoReport) {

@@ -42,6 +42,21 @@ std::string decode(MLDocBase::Format format, const std::string& text) {
 
 }  // namespace
 
+TEST(MLDocConvertEscape, MayDecodeInItsOwnPlace) {
+    MLDoc doc;
+    for (MLDocBase::Format format : {MLDocBase::XML, MLDocBase::JSON}) {
+        doc.format = format;
+        std::string text, expected;
+        for (int i = 0; i < 300; ++i) {
+            const std::string stretch(static_cast<std::size_t>(i % 37), static_cast<char>('a' + i % 26));
+            text += stretch + (format == MLDocBase::XML ? "&quot;" : "\\\"");
+            expected += stretch + '"';
+        }
+        const int n = doc.convertEscape(ChPair(text.data(), static_cast<int>(text.size())), text.data());
+        EXPECT_EQ(expected, text.substr(0, static_cast<std::size_t>(n)));
+    }
+}
+
 TEST(MLDocConvertEscape, DecodesTheFiveEntitiesOfXml) {
     static const struct {
         int line;

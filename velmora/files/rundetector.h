@@ -44,8 +44,9 @@ public:
     // gets false too, and loses its stream: the file stays held until the process ends.
     bool lock();
 
-    // For any observer, also for the run that holds the file. What is in the file's place and is no plain file, or may
-    // not be read, counts as Running. On Windows the look opens the file for a moment, in which a rival's lock can fail
+    // For any observer, also for the run that holds the file. A folder, pipe or device in the file's
+    // place, and a file that may not be read, count as Running. On file systems without links and without files that have no
+    // name, a run that is just taking its file can look Abandoned for a moment. On Windows the look opens the file for a moment, in which a rival's lock can fail
     // and the holder's removal too.
     State getState() const;
 

@@ -101,9 +101,18 @@ bool UTF8File::write(const void* src, int size) {
 
 std::int64_t UTF8File::size() {
     std::int64_t before = pos();
-    if (!seek(0, SEEK_END)) return -1;
-    std::int64_t end = pos();
-    return seek(before, SEEK_SET) ? end : -1;
+    std::int64_t end = -1;
+    bool moved = platform::seek(file, 0, SEEK_END) == 0;
+    if (moved) {
+        end = pos();
+        moved = platform::seek(file, before, SEEK_SET) == 0;
+    }
+    if (!moved) {
+        erro(VELMORA_DICT, LCA__Seek_file_error, name.data, errno);
+        return -1;
+    }
+    lastOp = kSynchronised;
+    return end;
 }
 
 std::int64_t UTF8File::checkSize(std::int64_t limit) {

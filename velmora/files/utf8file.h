@@ -44,7 +44,8 @@ public:
     ChArr name;     // the last path given; may be null
     bool throwing;  // failures are thrown
 
-    explicit UTF8File(bool throwsFailures = false);
+    UTF8File() : UTF8File(false) {}
+    explicit UTF8File(bool throwsFailures);
     // Keeps the path; opens nothing.
     UTF8File(const char* path, bool throwsFailures = false);
     UTF8File(const std::string& path, bool throwsFailures = false) : UTF8File(path.c_str(), throwsFailures) {}
@@ -56,7 +57,7 @@ public:
 
     // Closes, quietly. Warning: the object stays quiet afterwards.
     void clear();
-    // Closes the own stream quietly and takes over the other's stream, path and policy.
+    // Closes the own stream quietly and takes over the other's stream, path and policy. From itself: nothing.
     void stealFrom(UTF8File& other);
 
     // Null `path`, and open(Mode) without a name: false, without a report. Warning: an open stream is not closed
@@ -69,7 +70,8 @@ public:
     bool isOpened() const { return file != nullptr; }
     int handle();
 
-    // All `size` bytes or failure. Throws: LCA__Read_file_error, LCA__Unexpected_end_of_file; LCA__Write_file_error,
+    // All `size` bytes or failure. Warning: an errno that was set before the call, by whomever, makes a plain end of file a
+    // LCA__Read_file_error and a full disk a LCA__Write_file_error. Throws: LCA__Read_file_error, LCA__Unexpected_end_of_file; LCA__Write_file_error,
     // LCA__Disk_full; LCA__Could_not_flush_file and LCA__Seek_file_error from the change between the two.
     bool read(void* out, int size);
     bool write(const void* src, int size);
@@ -155,8 +157,9 @@ public:
     static void save(const char* path, const Bag& bag);
     static void save(const char* path, const std::string& text) { save(path, text.data(), text.size()); }
 
-    // Write `path` + ".tmp", remove the old file, rename. A failure before the rename leaves the old file; from a
-    // failed close on the temporary is complete. Warning: between removal and rename there is no file at `path`.
+    // Write `path` + ".tmp", remove the old file, rename. A failure up to the close of the
+    // temporary leaves the old file; from a failed removal on the temporary is complete, and stays. Warning: between removal
+    // and rename there is no file at `path`.
     static void safe_save(const char* path, const void* data, std::uint64_t size);
     static void safe_save(const char* path, const Bag& bag);
     static void safe_save(const char* path, const std::string& text) { safe_save(path, text.data(), text.size()); }

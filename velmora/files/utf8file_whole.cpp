@@ -1,6 +1,7 @@
 // The operations of UTF8File that take a file as one value. The static ones work on a throwing object of their own, so
 // that whatever is not thrown has succeeded.
 #include <algorithm>
+#include <climits>
 #include <new>
 
 #include <velmora/containers/vectors.h>
@@ -39,7 +40,11 @@ std::uint64_t loadInto(const char* path, std::uint64_t limit, Allocate allocate)
     std::int64_t size = file.checkSize(static_cast<std::int64_t>(limit));
     char* target = nullptr;
     allocated(file, [&] { target = allocate(size); });
-    if (target) file.read(target, static_cast<int>(size));
+    if (target) {
+        file.read(target, static_cast<int>(size));
+    } else if (size != 0) {
+        reportNoMemory(file);  // no place for so much
+    }
     file.close();  // here and not in the destructor, which would keep a failure to itself
     return static_cast<std::uint64_t>(size);
 }
@@ -54,10 +59,12 @@ void writeWhole(UTF8File& file, const void* data, std::uint64_t size) {
 
 std::uint64_t UTF8File::load(const char* path, ArrayHolder<char>& data, std::uint64_t limit, bool terminate) {
     delete[] data.steal();
-    std::int64_t terminator = terminate ? 1 : 0;
     return loadInto(path, limit, [&](std::int64_t size) {
-        if (size + terminator != 0) data.data = new char[static_cast<std::size_t>(size + terminator)];
-        if (terminate) data.data[size] = 0;
+        const std::uint64_t block = static_cast<std::uint64_t>(size) + (terminate ? 1 : 0);
+        if (block != 0) {
+            data.data = new char[block];
+            if (terminate) data.data[block - 1] = 0;
+        }
         return data.data;
     });
 }
@@ -87,7 +94,8 @@ std::uint64_t UTF8File::load(const char* path, std::string& text, std::uint64_t 
 
 std::uint64_t UTF8File::load(const char* path, CharVector& text, std::uint64_t limit) {
     text.clear();
-    return loadInto(path, limit, [&](std::int64_t size) { return text.prepare(static_cast<int>(size)); });
+    return loadInto(path, limit,
+                    [&](std::int64_t size) { return size > INT_MAX ? nullptr : text.prepare(static_cast<int>(size)); });
 }
 
 void UTF8File::save(const char* path, const void* data, std::uint64_t size) {

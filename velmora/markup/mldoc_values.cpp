@@ -64,7 +64,7 @@ int decode(const ChPair& value, char* out, char mark, Read read) {
     while (p < value.end) {
         const void* found = std::memchr(p, mark, static_cast<std::size_t>(value.end - p));
         const char* stop = found ? static_cast<const char*>(found) : value.end;
-        std::memcpy(o, p, static_cast<std::size_t>(stop - p));
+        std::memmove(o, p, static_cast<std::size_t>(stop - p));  // a value may be decoded in its own place
         o += stop - p;
         p = stop;
         if (p == value.end) break;

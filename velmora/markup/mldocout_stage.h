@@ -99,13 +99,13 @@ public:
     // Must come last: nothing is written by itself.
     void flush() {
         const int n = static_cast<int>(end_ - begin_);
-        if (bag_) {
+        if (n != 0 && bag_) {
             bag_->cursor += n;
             bag_->size = bag_->cursor;
-            bag_ = nullptr;
         } else if (n != 0) {
             out_.write(begin_, n);
         }
+        bag_ = nullptr;
         begin_ = end_ = text_;
     }
 

@@ -51,7 +51,7 @@ FILE* lockFile(const utf16_string& path);
 // Closes the stream and removes the file, in an order that never takes the file of a new holder. Failures are ignored.
 void unlockFile(FILE* stream, const utf16_string& path);
 
-// 0: there is a file that nobody holds. EACCES: it is held, or it is no plain file or one that may not be read. Otherwise
+// 0: there is a file that nobody holds. EACCES: it is held, or a folder, pipe or device, or it may not be read. Otherwise
 // why there is none. Neither the holder nor, where the system can be asked without opening the door to it, a rival that
 // locks at this moment is disturbed.
 int probeLockFile(const utf16_string& path);

@@ -3,6 +3,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <climits>
 #include <cstdio>
@@ -32,7 +33,12 @@ int renameByLink(const char* from, const char* to) {
     struct stat source;
     if (lstat(from, &source) != 0) return errno;
     if (!S_ISDIR(source.st_mode)) {
-        if (link(from, to) == 0) return result(unlink(from));
+        if (link(from, to) == 0) {
+            if (unlink(from) == 0) return 0;
+            const int error = errno;
+            unlink(to);  // of two names or the old one, the old one
+            return fail(error);
+        }
         if (errno == EEXIST) return errno;
     }
     struct stat target;
@@ -68,6 +74,8 @@ int removeFile(const char* path) {
 }
 
 int renameFile(const char* from, const char* to) {
+    struct stat info;
+    if (std::strcmp(from, to) == 0) return result(lstat(from, &info));  // its own name is no target that is in the way
     if (renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return 0;
     return missingFeature(errno) ? renameByLink(from, to) : errno;
 }
@@ -128,6 +136,14 @@ private:
     int descriptor_;
 };
 
+// Closes a stream on the way out of a failure. Returns: null, with errno as it was.
+FILE* closed(FILE* stream) {
+    const int error = errno;
+    if (stream) std::fclose(stream);
+    errno = error;
+    return nullptr;
+}
+
 // Locks of the open file, not of the process: a second open in the same process meets them, no other close drops them, and
 // a child that starts a program has lost them with the descriptor. So it is with flock; but these can be asked for
 // without being taken, so an observer is never in the way of a run that locks.
@@ -160,9 +176,11 @@ bool namesFile(const char* path, int descriptor) {
            named.st_ino == opened.st_ino;
 }
 
-// Makes a file that is held from the moment it has its name, or an observer in between would take it for one that a dead
-// run has left. Null when the name is taken, which is EEXIST, or the file system has no files without a name.
-FILE* createLocked(const char* path) {
+// The three ways to make a file that is held. Of a file that is held from the moment it has its name, an observer never
+// thinks that a dead run has left it. Null on failure, with nothing left behind; EEXIST: the name is taken.
+
+// Without a name at first, where the file system and /proc allow.
+FILE* createUnnamed(const char* path) {
     char folder[PATH_MAX] = ".";
     if (const char* slash = std::strrchr(path, '/')) {
         const std::size_t size = static_cast<std::size_t>(slash - path) + 1;
@@ -176,10 +194,52 @@ FILE* createLocked(const char* path) {
     FILE* stream = descriptor.toStream();
     if (!stream) return nullptr;
     if (linkat(AT_FDCWD, self, AT_FDCWD, path, AT_SYMLINK_FOLLOW) == 0) return stream;
+    return closed(stream);
+}
+
+// By another name at first, where the file system has links.
+FILE* createBeside(const char* path) {
+    static std::atomic<unsigned> counter{0};
+    char beside[PATH_MAX];
+    const int length = std::snprintf(beside, sizeof beside, "%s.%ld.%u", path, static_cast<long>(getpid()), counter++);
+    if (length >= static_cast<int>(sizeof beside)) return fail(ENAMETOOLONG), nullptr;
+    Descriptor descriptor(open(beside, O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, kLockMode));
+    if (descriptor.get() < 0) return nullptr;
+    FILE* stream = tryLock(descriptor.get()) ? descriptor.toStream() : nullptr;
+    const bool named = stream && link(beside, path) == 0;
     const int error = errno;
-    std::fclose(stream);
+    unlink(beside);
+    errno = error;
+    return named ? stream : closed(stream);
+}
+
+// By its name, with a moment in which it is not held.
+FILE* createPlainly(const char* path) {
+    Descriptor descriptor(open(path, O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, kLockMode));
+    if (descriptor.get() < 0) return nullptr;
+    if (tryLock(descriptor.get())) {
+        if (FILE* stream = descriptor.toStream()) return stream;
+    }
+    const int error = errno;
+    if (namesFile(path, descriptor.get())) unlink(path);
     errno = error;
     return nullptr;
+}
+
+FILE* createLocked(const char* path) {
+    for (auto* way : {createUnnamed, createBeside, createPlainly}) {
+        FILE* stream = way(path);
+        if (stream || errno == EEXIST) return stream;
+    }
+    return nullptr;
+}
+
+// What is there, or what a link that leads nowhere leads to then.
+FILE* lockExisting(const char* path, int descriptor, bool& vanished) {
+    Descriptor file(descriptor);
+    if (descriptor < 0 || !isPlainFile(descriptor) || !tryLock(descriptor)) return nullptr;
+    vanished = !namesFile(path, descriptor);
+    return !vanished && ftruncate(descriptor, 0) == 0 ? file.toStream() : nullptr;
 }
 
 }  // namespace
@@ -190,15 +250,16 @@ FILE* lockFile(const utf16_string& widePath) {
     NarrowPath narrow(widePath);
     const char* path = narrow.get();
     for (int tries = 0; path && tries < kLockTries; ++tries) {
+        bool again = false;
         int found = open(path, kLockFlags | O_WRONLY);
         if (found < 0 && errno == ENOENT) {
             if (FILE* stream = createLocked(path)) return stream;
-            if (errno == EEXIST && !isLink(path)) continue;  // a rival was faster
+            if (errno != EEXIST) return nullptr;
+            if (!isLink(path)) continue;  // a rival was faster
             found = open(path, kLockFlags | O_WRONLY | O_CREAT, kLockMode);
         }
-        Descriptor descriptor(found);
-        if (found < 0 || !isPlainFile(found) || !tryLock(found)) return nullptr;
-        if (namesFile(path, found)) return ftruncate(found, 0) == 0 ? descriptor.toStream() : nullptr;
+        FILE* stream = lockExisting(path, found, again);
+        if (stream || !again) return stream;
     }
     return nullptr;
 }
@@ -223,8 +284,8 @@ int probeLockFile(const utf16_string& widePath) {
         }
         if (!isPlainFile(descriptor.get())) return fail(EACCES);
         struct flock range = wholeFile();
-        if (fcntl(descriptor.get(), F_OFD_GETLK, &range) != 0) return errno;
-        if (range.l_type != F_UNLCK) return fail(EACCES);
+        const bool told = fcntl(descriptor.get(), F_OFD_GETLK, &range) == 0;  // else nobody can hold it here
+        if (told && range.l_type != F_UNLCK) return fail(EACCES);
         // Not held, but removed in the meantime: that run has ended properly.
         if (namesFile(path, descriptor.get())) return 0;
     }
