@@ -95,6 +95,8 @@ TEST(UTF8FileLoad, FolderIsNeverASuccess) {
     ArrayHolder<char> block;
     Bag bag;
     CharVector vector;
+    std::string string;
+    EXPECT_THROW(UTF8File::load(folder.path().c_str(), string, INT64_MAX), TTT);
     EXPECT_THROW(UTF8File::load(folder.path().c_str(), block, INT64_MAX, true), TTT);
     EXPECT_THROW(UTF8File::load(folder.path().c_str(), bag, INT64_MAX, true), TTT);
     EXPECT_THROW(UTF8File::load(folder.path().c_str(), vector, INT64_MAX), TTT);

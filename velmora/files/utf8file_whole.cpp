@@ -87,6 +87,7 @@ std::uint64_t UTF8File::load(const char* path, Bag& bag, std::uint64_t limit, bo
 std::uint64_t UTF8File::load(const char* path, std::string& text, std::uint64_t limit) {
     text.clear();
     return loadInto(path, limit, [&](std::int64_t size) {
+        if (static_cast<std::uint64_t>(size) > text.max_size()) throw std::bad_alloc();  // as for other sizes too large
         text.resize(static_cast<std::size_t>(size));
         return text.empty() ? nullptr : &text[0];
     });

@@ -1,0 +1,149 @@
+#include "tests/faults/faults.h"
+
+#include <gtest/gtest.h>
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <cstring>
+#include <set>
+
+namespace {
+
+bool counting = false;
+int countdown = 0;
+int errorToGive = 0;
+faults::Fault lastFault;
+std::set<std::string> allOf;
+
+// Whether this call is to fail; errno is then set.
+bool fails(const char* function) {
+    if (allOf.count(function) != 0) {
+        errno = errorToGive;
+        return true;
+    }
+    // Only a count can be too small without a reason.
+    const bool counts = std::strcmp(function, "fread") == 0 || std::strcmp(function, "fwrite") == 0;
+    if (!counting || (errorToGive == 0 && !counts) || countdown-- != 0) return false;
+    lastFault = {function, errorToGive};
+    errno = errorToGive;
+    return true;
+}
+
+}  // namespace
+
+// The library's calls arrive at __wrap_NAME, and __real_NAME is the system's own.
+#define WRAP(type, name, parameters, arguments, failure) \
+    extern "C" type __real_##name parameters;            \
+    extern "C" type __wrap_##name parameters;            \
+    extern "C" type __wrap_##name parameters {           \
+        if (fails(#name)) return failure;                \
+        return __real_##name arguments;                  \
+    }
+
+WRAP(FILE*, fopen, (const char* path, const char* mode), (path, mode), nullptr)
+WRAP(std::size_t, fread, (void* out, std::size_t size, std::size_t n, FILE* file), (out, size, n, file), 0)
+WRAP(std::size_t, fwrite, (const void* src, std::size_t size, std::size_t n, FILE* file), (src, size, n, file), 0)
+WRAP(int, fflush, (FILE * file), (file), EOF)
+WRAP(int, fseeko, (FILE * file, off_t offset, int whence), (file, offset, whence), -1)
+WRAP(off_t, ftello, (FILE * file), (file), -1)
+WRAP(int, unlink, (const char* path), (path), -1)
+WRAP(int, rename, (const char* from, const char* to), (from, to), -1)
+WRAP(int, renameat2, (int a, const char* from, int b, const char* to, unsigned flags), (a, from, b, to, flags), -1)
+WRAP(int, link, (const char* from, const char* to), (from, to), -1)
+WRAP(int, linkat, (int a, const char* from, int b, const char* to, int flags), (a, from, b, to, flags), -1)
+WRAP(int, mkdir, (const char* path, mode_t mode), (path, mode), -1)
+WRAP(int, rmdir, (const char* path), (path), -1)
+WRAP(int, lstat, (const char* path, struct stat* info), (path, info), -1)
+WRAP(int, stat, (const char* path, struct stat* info), (path, info), -1)
+WRAP(int, ftruncate, (int file, off_t size), (file, size), -1)
+WRAP(FILE*, fdopen, (int file, const char* mode), (file, mode), nullptr)
+
+// The stream is gone also when its close fails.
+extern "C" int __real_fclose(FILE* file);
+extern "C" int __wrap_fclose(FILE* file);
+extern "C" int __wrap_fclose(FILE* file) {
+    const bool failing = fails("fclose");
+    const int error = errno;
+    const int result = __real_fclose(file);
+    if (!failing) return result;
+    errno = error;
+    return EOF;
+}
+
+extern "C" int __real_fcntl(int file, int command, ...);
+extern "C" int __wrap_fcntl(int file, int command, ...);
+extern "C" int __wrap_fcntl(int file, int command, ...) {
+    va_list arguments;
+    va_start(arguments, command);
+    void* argument = va_arg(arguments, void*);
+    va_end(arguments);
+    if (fails("fcntl")) return -1;
+    return __real_fcntl(file, command, argument);
+}
+
+extern "C" int __real_open(const char* path, int flags, ...);
+extern "C" int __wrap_open(const char* path, int flags, ...);
+extern "C" int __wrap_open(const char* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = va_arg(arguments, mode_t);
+    va_end(arguments);
+    if ((flags & O_TMPFILE) == O_TMPFILE && fails("open O_TMPFILE")) return -1;
+    if (fails("open")) return -1;
+    return __real_open(path, flags, mode);
+}
+
+namespace faults {
+
+Fault failNth(int n, int error, const std::function<void()>& action) {
+    lastFault = {};
+    countdown = n;
+    errorToGive = error;
+    errno = 0;
+    counting = true;
+    action();
+    counting = false;
+    return lastFault;
+}
+
+int failEach(const std::function<void()>& prepare, const std::function<void()>& action,
+             const std::function<void(const Fault&)>& check) {
+    int faults = 0;
+    for (int error : {EIO, ENOSPC, EACCES, EINTR, 0}) {
+        for (int n = 0;; ++n) {
+            SCOPED_TRACE("call " + std::to_string(n) + ", error " + std::to_string(error));
+            prepare();
+            const int before = openDescriptors();
+            const Fault fault = failNth(n, error, action);
+            if (!fault.function.empty()) ++faults;
+            EXPECT_EQ(before, openDescriptors()) << "behind a failure of " << fault.function;
+            check(fault);
+            if (fault.function.empty() || testing::Test::HasFailure()) break;
+        }
+    }
+    return faults;
+}
+
+AllFail::AllFail(const std::vector<std::string>& functions, int error) {
+    allOf.insert(functions.begin(), functions.end());
+    errorToGive = error;
+}
+
+AllFail::~AllFail() { allOf.clear(); }
+
+int openDescriptors() {
+    int count = 0;
+    DIR* folder = opendir("/proc/self/fd");
+    if (!folder) return -1;
+    while (readdir(folder)) ++count;
+    closedir(folder);
+    return count;
+}
+
+}  // namespace faults

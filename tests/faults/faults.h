@@ -1,0 +1,40 @@
+// Calls of the system that fail on demand. The linker puts the functions of faults.cpp in front of the system's own for
+// everything that is linked into the test program, so the library needs no hook for it.
+#ifndef VELMORA_TESTS_FAULTS_FAULTS_H
+#define VELMORA_TESTS_FAULTS_FAULTS_H
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace faults {
+
+// What has failed, when something has.
+struct Fault {
+    std::string function;  // "fread"; empty when the action got through
+    int error = 0;         // its errno; 0: a short count without a reason
+};
+
+// Runs `action` with its n-th call failing by `error`. Returns: the fault, with no function when there were fewer calls.
+Fault failNth(int n, int error, const std::function<void()>& action);
+
+// Runs `action` again and again, each time with one call later failing, for each of several errors, until it gets through.
+// `prepare` comes before each run, `check` behind it. Returns: the number of faults.
+int failEach(const std::function<void()>& prepare, const std::function<void()>& action,
+             const std::function<void(const Fault&)>& check);
+
+// Makes every call of these functions fail by `error` while it lives.
+class AllFail {
+public:
+    AllFail(const std::vector<std::string>& functions, int error);
+    AllFail(const AllFail&) = delete;
+    void operator=(const AllFail&) = delete;
+    ~AllFail();
+};
+
+// Open descriptors of the process.
+int openDescriptors();
+
+}  // namespace faults
+
+#endif
