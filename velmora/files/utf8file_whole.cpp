@@ -2,6 +2,7 @@
 // that whatever is not thrown has succeeded.
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <new>
 
 #include <velmora/containers/vectors.h>
@@ -61,6 +62,7 @@ std::uint64_t UTF8File::load(const char* path, ArrayHolder<char>& data, std::uin
     delete[] data.steal();
     return loadInto(path, limit, [&](std::int64_t size) {
         const std::uint64_t block = static_cast<std::uint64_t>(size) + (terminate ? 1 : 0);
+        if (block >= PTRDIFF_MAX) throw std::bad_alloc();
         if (block != 0) {
             data.data = new char[block];
             if (terminate) data.data[block - 1] = 0;
