@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <climits>
 #include <cstddef>
 #include <cstdlib>
 #include <filesystem>
@@ -139,6 +140,14 @@ TEST_F(FindFileTest, EmptyMaskFindsNothing) {
     EXPECT_FALSE(find.next());
 }
 
+#ifdef _WIN32
+// Another separator at the end gets one of the system's own, and a star, which the system takes for the same folder.
+TEST_F(FindFileTest, SlashIsNoSeparatorOfAMask) {
+    folder.write("one", "");
+    EXPECT_EQ(Names{"one"}, listed(base + '/'));
+}
+#endif
+
 #ifndef _WIN32
 TEST_F(FindFileTest, OnlyTheSystemsSeparatorCounts) {
     makeFolder("back\\");
@@ -193,6 +202,11 @@ TEST_F(FindFileTest, MaskIsTakenUpTo260Units) {
     EXPECT_DEATH(listed(cut), "");
     EXPECT_DEATH(listed(std::string(260, 'x')), "");
     EXPECT_EQ(Names(), listed(std::string(259, 'x')));
+    // Units are counted, not bytes.
+    std::string wide;
+    for (int i = 0; i < 259; ++i) wide += "\xC3\xA9";
+    EXPECT_EQ(Names(), listed(wide));
+    EXPECT_DEATH(listed(wide + "\xC3\xA9"), "");
     EXPECT_EQ(Names(), listed(std::string(259, 'x') + "*"));
 }
 
@@ -210,7 +224,7 @@ TEST_F(FindFileTest, StartsWithFilesAndWithoutFolders) {
     ZFindFile find(base.c_str());
     EXPECT_EQ(-1, find.allowMask);
     EXPECT_EQ(16, find.denyMask);
-    EXPECT_GT(0, find.attributes);
+    EXPECT_EQ(INT_MIN, find.attributes);
     EXPECT_EQ(nullptr, find.name.data);
 }
 
@@ -460,7 +474,13 @@ TEST_F(FindFileTest, CopyGoesOnWhereTheOriginalWas) {
 
     ZFindFile target("");
     ZFindFile source(base.c_str());
+    source.setFilter(32, 2);
     target = source;
+    EXPECT_EQ(32, target.allowMask);
+    EXPECT_EQ(2, target.denyMask);
+    EXPECT_EQ(INT_MIN, target.attributes);
+    EXPECT_EQ(source.record.attrib, target.record.attrib);
+    EXPECT_EQ(source.record.name[0], target.record.name[0]);
     source.handle = -1;
     EXPECT_EQ(names, rest(target));
 }

@@ -163,6 +163,18 @@ TEST_F(RunDetectorTest, AfterUnlockTheFileIsGone) {
     EXPECT_EQ(RunDetector::Running, state());
 }
 
+#ifndef _WIN32
+TEST_F(RunDetectorTest, UnlockOfAFileThatIsGoneIsQuiet) {
+    auto run = detector();
+    ASSERT_TRUE(run->lock());
+    std::filesystem::remove(folder.file("lock"));
+    run->unlock();
+    run->file = nullptr;
+    EXPECT_FALSE(folder.has("lock"));
+    EXPECT_EQ(RunDetector::NotRunning, state());
+}
+#endif
+
 TEST_F(RunDetectorTest, DestructionGivesTheFileUp) {
     auto run = detector();
     ASSERT_TRUE(run->lock());
