@@ -53,8 +53,17 @@ show check no-such-file.xml
 show convert broken/escapes.json --to xml --compact --raw-escapes
 
 echo
-echo "== The same in another language"
-show --lang ger check broken/unclosed.xml
+echo "== The same in other languages"
+for language in ger fra spa rus jpn; do
+    show --lang "$language" check broken/unclosed.xml
+done
+
+echo
+echo "== Folders and logs"
+show ls . --dirs --sort size
+show ls 'cat*' --csv --header
+printf '10:00\tINFO\tstarted\n10:01\tWARN\tlow on paper\\\n  in tray 2\n' >"$work/log"
+show tail "$work/log" --once --fields 3 --only 2,3
 
 echo
 echo "== Dictionaries"

@@ -86,7 +86,7 @@ bool textsLoaded() {
 
 std::string languageFolder(const std::string& given, const std::string& language) {
     if (!given.empty()) return given.back() == '/' ? given : given + '/';
-    const std::string beside = programFolder() + "lang/";
+    std::string beside = programFolder() + "lang/";
     if (UTF8File::exist(dictionaryPath(beside, language))) return beside;
     return programFolder() + "../share/velmora/lang/";
 }

@@ -120,7 +120,10 @@ char* Bag::putDataPtrAligned(int n, int alignment) {
     if (start > INT_MAX - n) throw Exception();
     cursor += n;
     expand(cursor);
-    if (size < start) std::memset(data + size, 0, static_cast<std::size_t>(start - size));
+    if (size < start) {
+        assert(data);
+        std::memset(data + size, 0, static_cast<std::size_t>(start - size));
+    }
     size = cursor;
     return data + start;
 }
@@ -139,6 +142,7 @@ void* Bag::insSpace(int at, int n) {
     assert(at >= 0 && at <= size && n >= 0);
     if (n == 0) return data + at;
     expand(size + n);
+    assert(data);
     if (at != size) std::memmove(data + at + n, data + at, static_cast<std::size_t>(size - at));
     size += n;
     if (at <= cursor) cursor += n;
