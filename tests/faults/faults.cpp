@@ -11,7 +11,9 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
-#include <set>
+#include <ctime>
+#include <cwchar>
+#include <map>
 
 namespace {
 
@@ -19,12 +21,13 @@ bool counting = false;
 int countdown = 0;
 int errorToGive = 0;
 faults::Fault lastFault;
-std::set<std::string> allOf;
+std::map<std::string, int> allOf;  // what fails at every call, with its error
+const char* textToGive = nullptr;
 
 // Whether this call is to fail; errno is then set.
 bool fails(const char* function) {
-    if (allOf.count(function) != 0) {
-        errno = errorToGive;
+    if (const auto found = allOf.find(function); found != allOf.end()) {
+        errno = found->second;
         return true;
     }
     // Only a count can be too small without a reason.
@@ -63,6 +66,16 @@ WRAP(int, lstat, (const char* path, struct stat* info), (path, info), -1)
 WRAP(int, stat, (const char* path, struct stat* info), (path, info), -1)
 WRAP(int, ftruncate, (int file, off_t size), (file, size), -1)
 WRAP(FILE*, fdopen, (int file, const char* mode), (file, mode), nullptr)
+
+WRAP(std::size_t, wcsftime, (wchar_t * out, std::size_t size, const wchar_t* format, const std::tm* t),
+     (out, size, format, t), 0)
+WRAP(int, fstatat, (int folder, const char* path, struct stat* info, int flags), (folder, path, info, flags), -1)
+
+extern "C" const char* __real_strerrordesc_np(int error);
+extern "C" const char* __wrap_strerrordesc_np(int error);
+extern "C" const char* __wrap_strerrordesc_np(int error) {
+    return textToGive ? textToGive : __real_strerrordesc_np(error);
+}
 
 // The stream is gone also when its close fails.
 extern "C" int __real_fclose(FILE* file);
@@ -130,12 +143,17 @@ int failEach(const std::function<void()>& prepare, const std::function<void()>& 
     return faults;
 }
 
-AllFail::AllFail(const std::vector<std::string>& functions, int error) {
-    allOf.insert(functions.begin(), functions.end());
-    errorToGive = error;
+AllFail::AllFail(const std::vector<std::string>& functions, int error) : functions_(functions) {
+    for (const std::string& function : functions_) allOf[function] = error;
 }
 
-AllFail::~AllFail() { allOf.clear(); }
+AllFail::~AllFail() {
+    for (const std::string& function : functions_) allOf.erase(function);
+}
+
+SystemText::SystemText(const char* text) { textToGive = text; }
+
+SystemText::~SystemText() { textToGive = nullptr; }
 
 int openDescriptors() {
     int count = 0;

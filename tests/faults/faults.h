@@ -30,6 +30,18 @@ public:
     AllFail(const AllFail&) = delete;
     void operator=(const AllFail&) = delete;
     ~AllFail();
+
+private:
+    std::vector<std::string> functions_;
+};
+
+// The system's text for every error while it lives.
+class SystemText {
+public:
+    explicit SystemText(const char* text);
+    SystemText(const SystemText&) = delete;
+    void operator=(const SystemText&) = delete;
+    ~SystemText();
 };
 
 // Open descriptors of the process.

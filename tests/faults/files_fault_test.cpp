@@ -208,12 +208,23 @@ TEST_F(FilesFault, RenameByLinkLeavesOneName) {
         EXPECT_FALSE(second.rename(target.c_str()));
     }
     EXPECT_EQ(content, bytesOf(path));
-    std::remove(target.c_str());
+    std::remove(target.c_str());  // nothing could be removed, not even the second name
+    // Without links either, the target is looked for first.
+    folder.write("target", "in the way");
     {
         const faults::AllFail noLink({"link"}, EINVAL);
+        EXPECT_FALSE(second.rename(target.c_str()));
+        EXPECT_EQ("in the way", bytesOf(target));
+        std::remove(target.c_str());
         EXPECT_TRUE(second.rename(target.c_str()));
     }
     EXPECT_EQ(content, bytesOf(target));
+    // A folder cannot be linked.
+    UTF8File made(folder.file("folder"), true);
+    made.mkdir();
+    EXPECT_TRUE(made.rename(folder.file("other folder").c_str()));
+    UTF8File missing(folder.file("missing"), false);
+    EXPECT_FALSE(missing.rename(path.c_str()));
 }
 
 // ---- open files ----

@@ -1,0 +1,78 @@
+// What the system says, and says not, where no file is read or written.
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <clocale>
+#include <string>
+
+#include <velmora/files/findfile.h>
+#include <velmora/text/charr.h>
+#include <velmora/text/timetext.h>
+
+#include "tests/faults/faults.h"
+#include "tests/support/temp_folder.h"
+
+namespace {
+
+// One line feed, one carriage return and one point, in this order.
+TEST(SystemFault, MessageLosesItsEndOnce) {
+    const struct {
+        int line;
+        const char* text;
+        const char* expected;
+    } rows[] = {
+        {__LINE__, "Not found.\r\n", "Not found"},
+        {__LINE__, "Not found", "Not found"},
+        {__LINE__, "Not found.", "Not found"},
+        {__LINE__, "Not found..", "Not found."},
+        {__LINE__, "Not found\n\n", "Not found\n"},
+        {__LINE__, "Not found\n\r", "Not found\n"},
+        {__LINE__, "Not found\r\n.", "Not found\r\n"},
+        {__LINE__, ".\r\n", ""},
+        {__LINE__, "\n", ""},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.line);
+        const faults::SystemText given(row.text);
+        ChArr message;
+        message.winerror(2, nullptr);
+        EXPECT_STREQ(row.expected, message.asCharPtr());
+    }
+}
+
+TEST(SystemFault, TimeThatCannotBeFormattedIsFalseAndEmpty) {
+    const faults::AllFail fail({"wcsftime"}, 0);
+    char text[64] = "old";
+    EXPECT_FALSE(sprintf_date(1000000000, text, sizeof text));
+    EXPECT_STREQ("", text);
+    text[0] = 'x';
+    EXPECT_FALSE(sprintf_date_time(1000000000, text, sizeof text));
+    EXPECT_STREQ("", text);
+    text[0] = 'x';
+    EXPECT_TRUE(sprintf_date(0, text, sizeof text)) << "no time is no failure";
+    EXPECT_STREQ("", text);
+}
+
+TEST(SystemFault, EntryThatMayNotBeLookedAtHasNoSizesAndTimes) {
+    support::TempFolder folder;
+    folder.write("file", "12345");
+    const faults::AllFail fail({"fstatat"}, EACCES);
+    ZFindFile find(folder.path().c_str());
+    ASSERT_TRUE(find.next());
+    EXPECT_STREQ("file", find.getName());
+    EXPECT_EQ(0, find.getSize());
+    EXPECT_EQ(-1, find.getTime());
+    EXPECT_EQ(32, find.attributes);
+    EXPECT_FALSE(find.next());
+}
+
+TEST(SystemFault, EntryThatIsGoneIsPassedOver) {
+    support::TempFolder folder;
+    folder.write("file", "12345");
+    const faults::AllFail fail({"fstatat"}, ENOENT);
+    ZFindFile find(folder.path().c_str());
+    find.allowDirs(true);
+    EXPECT_FALSE(find.next());
+}
+
+}  // namespace
