@@ -1066,6 +1066,31 @@ TEST(ArrayVectorRemove, ClosesTheGap) {
     EXPECT_EQ(0, v.count);
 }
 
+// `to` is not checked: an inverted range opens a gap instead, and the caller is to have room for it.
+TEST(SimpleVectorRemoveRange, InvertedRangeMakesTheVectorLonger) {
+    SimpleVector<int> v;
+    v.expand(16);
+    for (int i = 0; i < 6; ++i) v.append(i);
+    v.removeRange(3, 1);
+    EXPECT_EQ(8, v.count);
+    const int expected[] = {0, 1, 2, 1, 2, 3, 4, 5};
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(expected[i], v.data[i]) << i;
+}
+
+TEST(ArrayVectorRemoveRange, InvertedRangeReleasesNothing) {
+    ArrayVector<char> v;
+    v.expand(16);
+    for (const char* text : {"0", "1", "2", "3"}) v.append(strnew(text));
+    char* const before[] = {v.data[0], v.data[1], v.data[2], v.data[3]};
+    v.removeRange(3, 2);
+    EXPECT_EQ(5, v.count);
+    EXPECT_EQ(before[0], v.data[0]);
+    EXPECT_EQ(before[2], v.data[2]);
+    EXPECT_EQ(before[2], v.data[3]);
+    EXPECT_EQ(before[3], v.data[4]);
+    v.data[3] = nullptr;  // not twice
+}
+
 TEST(ArrayVectorRemoveRange, ClosesTheGap) {
     ArrayVector<char> v;
     fill(v, {"a", "b", nullptr, "d", "e"});

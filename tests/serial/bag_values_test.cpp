@@ -72,6 +72,17 @@ void expectWritten(const WriteRow& row) {
 
 // ---- numbers ----
 
+TEST(BagInBag, ItselfGoesInAsItWasBefore) {
+    Bag bag("ab", 2);
+    bag.toEnd();
+    bag << bag;
+    EXPECT_EQ(std::string("ab\0\0\2\0\0\0ab", 10), std::string(bag.data, static_cast<std::size_t>(bag.size)));
+    bag.to(2);
+    Bag inner;
+    bag >> inner;
+    EXPECT_EQ("ab", std::string(inner.data, static_cast<std::size_t>(inner.size)));
+}
+
 TEST(BagNumbers, WireForm) {
     static const WriteRow rows[] = {
         {__LINE__, [](Bag& bag) { bag.putChar('A'); }, "50 41"},

@@ -328,6 +328,29 @@ TEST(CharVectorMemory, GrowthThatFailsKeepsTheOldText) {
     EXPECT_EQ(2, failOnCharVector([](CharVector& v) { v.prepare(16); }));
 }
 
+TEST(UtfMemory, NothingAllocates) {
+    char text[] = "\xC3\xA9t\xC3\xA9 abc \xE2\x82\xAC";
+    char* const end = text + sizeof text - 1;
+    utf16_t units[32];
+    char bytes[96];
+    utf16_t c = 0;
+    AllocationCounter counter;
+    strchk_utf8(text, sizeof text - 1);
+    strlen_utf8(text);
+    utf8_to_utf16(text, end, units, units + 32);
+    utf16_to_utf8(units, units + 9, bytes, bytes + sizeof bytes);
+    strlen_utf8(units, units + 9);
+    getch_utf8(c, text, end);
+    putch_utf8(c, bytes, bytes + sizeof bytes);
+    chrback_utf8(text, chrpass_utf8(text, end));
+    strcmp_i_utf8(text, end, bytes, bytes + 4);
+    strfind_i_utf8(text, end, "C", "C" + 1);
+    strup_utf8(text, end);
+    strlw_utf8(text, end);
+    const long allocations = counter.allocations();
+    EXPECT_EQ(0, allocations);
+}
+
 TEST(CharVectorMemory, AppendAllocatesNothingWhileThereIsRoom) {
     struct Row {
         int line;
