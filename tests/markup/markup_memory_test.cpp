@@ -273,6 +273,39 @@ TEST(MLDocMemory, FailureOfAWalkSurvivesEveryFailedAllocation) {
     EXPECT_LE(2, tried);
 }
 
+// The stack of open names grows on the way.
+TEST(MLDocMemory, DeepWalkSurvivesEveryFailedAllocation) {
+    std::string json, yaml = "---\n";
+    for (int i = 0; i < 40; ++i) {
+        const std::string indent(static_cast<std::size_t>(2 * i), ' ');
+        json += "{\"a\":1,\"list\":[";
+        yaml += indent + "list:\n" + indent + "- a: 1\n";
+    }
+    json += "{}";
+    for (int i = 0; i < 40; ++i) json += "]}";
+    for (const std::string* text : {&json, &yaml}) {
+        SCOPED_TRACE(text->substr(0, 10));
+        for (bool read : {false, true}) {
+            const int tried = support::failEachAllocation([&] {
+                MLDoc doc;
+                doc.load(nullptr, text->data(), static_cast<int>(text->size()));
+                MLDoc::Token token;
+                int depth = 0;
+                while (doc.step(token)) {
+                    depth = token.level > depth ? token.level : depth;
+                    if (!read || !token.opening) continue;
+                    MLDoc::AttributeIterator attributes(&doc, token);
+                    MLDoc::Attribute attribute;
+                    while (attributes(attribute)) continue;
+                }
+                EXPECT_EQ(41, depth);
+                EXPECT_EQ(0, token.level);
+            });
+            EXPECT_LE(3, tried);
+        }
+    }
+}
+
 TEST(MLDocMemory, ConvertEscapeSurvivesEveryFailedAllocation) {
     MLDoc doc;
     doc.format = MLDocBase::XML;
