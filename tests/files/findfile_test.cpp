@@ -301,6 +301,7 @@ TEST_F(FindFileTest, AttributesAreTheBitsThatCountAndTheMarkOfAFile) {
         const bool isFolder = std::string("folder") == find.getName();
         EXPECT_EQ(isFolder, find.isDirectory());
         EXPECT_EQ(isFolder ? 16 : 32, find.attributes & ~7);
+        EXPECT_EQ(0, find.getSize());
     }
     EXPECT_EQ(2, seen);
 }
