@@ -62,6 +62,8 @@ TEST(SystemFault, EntryThatMayNotBeLookedAtHasNoSizesAndTimes) {
     EXPECT_STREQ("file", find.getName());
     EXPECT_EQ(0, find.getSize());
     EXPECT_EQ(-1, find.getTime());
+    EXPECT_EQ(-1, find.record.time_access);
+    EXPECT_EQ(-1, find.record.time_create);
     EXPECT_EQ(32, find.attributes);
     EXPECT_FALSE(find.next());
 }

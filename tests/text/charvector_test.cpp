@@ -623,6 +623,19 @@ TEST(CharVectorCutTo, NegativeLengthIsIgnored) {
     }
 }
 
+TEST(CharVectorInsert, GrowthKeepsATailOfAnyLength) {
+    const std::string text = "0123456789";
+    for (int pos = 0; pos <= 10; ++pos) {
+        CharVector v(text.c_str());
+        char* gap = v.insert(pos, 20);
+        ASSERT_NE(nullptr, gap);
+        std::memset(gap, '-', 20);
+        std::string expected = text;
+        expected.insert(static_cast<std::size_t>(pos), 20, '-');
+        EXPECT_EQ(expected, std::string(v.data, static_cast<std::size_t>(v.count)));
+    }
+}
+
 TEST(CharVectorPrepare, ZeroAndLessChangeNothing) {
     CharVector v("text");
     CharVector none;
