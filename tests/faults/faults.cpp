@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,6 +13,8 @@
 #include <ctime>
 #include <cwchar>
 #include <map>
+
+#include "tests/support/descriptors.h"
 
 namespace {
 
@@ -132,10 +133,10 @@ int failEach(const std::function<void()>& prepare, const std::function<void()>& 
         for (int n = 0;; ++n) {
             SCOPED_TRACE("call " + std::to_string(n) + ", error " + std::to_string(error));
             prepare();
-            const int before = openDescriptors();
+            const int before = support::openDescriptors();
             const Fault fault = failNth(n, error, action);
             if (!fault.function.empty()) ++faults;
-            EXPECT_EQ(before, openDescriptors()) << "behind a failure of " << fault.function;
+            EXPECT_EQ(before, support::openDescriptors()) << "behind a failure of " << fault.function;
             check(fault);
             if (fault.function.empty() || testing::Test::HasFailure()) break;
         }
@@ -154,14 +155,5 @@ AllFail::~AllFail() {
 SystemText::SystemText(const char* text) { textToGive = text; }
 
 SystemText::~SystemText() { textToGive = nullptr; }
-
-int openDescriptors() {
-    int count = 0;
-    DIR* folder = opendir("/proc/self/fd");
-    if (!folder) return -1;
-    while (readdir(folder)) ++count;
-    closedir(folder);
-    return count;
-}
 
 }  // namespace faults

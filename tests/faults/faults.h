@@ -44,9 +44,6 @@ public:
     ~SystemText();
 };
 
-// Open descriptors of the process.
-int openDescriptors();
-
 }  // namespace faults
 
 #endif

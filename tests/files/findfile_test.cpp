@@ -16,7 +16,6 @@
 #ifdef _WIN32
 #include <windows.h>
 #else
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,6 +23,7 @@
 
 #include <velmora/text/charr.h>
 
+#include "tests/support/descriptors.h"
 #include "tests/support/temp_folder.h"
 
 namespace {
@@ -405,18 +405,9 @@ TEST_F(FindFileTest, FolderWithoutPermissionIsFalseAtOnce) {
     chmod(folder.file("closed").c_str(), 0755);
 }
 
-int openDescriptors() {
-    int count = 0;
-    DIR* folder = opendir("/proc/self/fd");
-    if (!folder) return -1;
-    while (readdir(folder)) ++count;
-    closedir(folder);
-    return count;
-}
-
 TEST_F(FindFileTest, EveryWayOutClosesTheFolder) {
     for (int i = 0; i < 3; ++i) folder.write(std::to_string(i), "");
-    const int before = openDescriptors();
+    const int before = support::openDescriptors();
     { ZFindFile never(base.c_str()); }
     { ZFindFile none(mask("q*").c_str()); }
     {
@@ -427,7 +418,7 @@ TEST_F(FindFileTest, EveryWayOutClosesTheFolder) {
     rest(whole);
     ZFindFile released(base.c_str());
     released.release();
-    EXPECT_EQ(before, openDescriptors());
+    EXPECT_EQ(before, support::openDescriptors());
 }
 #endif
 
