@@ -23,6 +23,7 @@ int countdown = 0;
 int errorToGive = 0;
 faults::Fault lastFault;
 std::map<std::string, int> allOf;  // what fails at every call, with its error
+std::map<std::string, int> calls;  // that got through
 const char* textToGive = nullptr;
 
 // Whether this call is to fail; errno is then set.
@@ -33,7 +34,10 @@ bool fails(const char* function) {
     }
     // Only a count can be too small without a reason.
     const bool counts = std::strcmp(function, "fread") == 0 || std::strcmp(function, "fwrite") == 0;
-    if (!counting || (errorToGive == 0 && !counts) || countdown-- != 0) return false;
+    if (!counting || (errorToGive == 0 && !counts) || countdown-- != 0) {
+        ++calls[function];
+        return false;
+    }
     lastFault = {function, errorToGive};
     errno = errorToGive;
     return true;
@@ -151,6 +155,10 @@ AllFail::AllFail(const std::vector<std::string>& functions, int error) : functio
 AllFail::~AllFail() {
     for (const std::string& function : functions_) allOf.erase(function);
 }
+
+CallCounter::CallCounter() { calls.clear(); }
+
+int CallCounter::of(const std::string& function) const { return calls[function]; }
 
 SystemText::SystemText(const char* text) { textToGive = text; }
 

@@ -35,6 +35,13 @@ private:
     std::vector<std::string> functions_;
 };
 
+// Calls that have got through since it was made.
+class CallCounter {
+public:
+    CallCounter();
+    int of(const std::string& function) const;
+};
+
 // The system's text for every error while it lives.
 class SystemText {
 public:

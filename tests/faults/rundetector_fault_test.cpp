@@ -41,6 +41,29 @@ TEST_F(RunDetectorFault, FileIsMadeInThreeWays) {
     }
 }
 
+// Only the last of the ways has a moment in which the file is not held, so it must not be taken without need.
+TEST_F(RunDetectorFault, WaysAreTriedInTheirOrder) {
+    const struct {
+        int line;
+        std::vector<std::string> lacking;
+        int opens;  // the look at the path, and one for each file that is made by a name
+        int links, linkats;
+    } rows[] = {{__LINE__, {}, 1, 0, 1},
+                {__LINE__, {"open O_TMPFILE"}, 2, 1, 0},
+                {__LINE__, {"linkat"}, 2, 1, 0},
+                {__LINE__, {"open O_TMPFILE", "link"}, 3, 0, 0}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.line);
+        const AllFail fail(row.lacking, EOPNOTSUPP);
+        RunDetector run(base.c_str(), "lock");
+        const faults::CallCounter calls;
+        EXPECT_TRUE(run.lock());
+        EXPECT_EQ(row.opens, calls.of("open") - calls.of("open O_TMPFILE"));
+        EXPECT_EQ(row.links, calls.of("link"));
+        EXPECT_EQ(row.linkats, calls.of("linkat"));
+    }
+}
+
 TEST_F(RunDetectorFault, LinkToNothingIsLockedWithoutThem) {
     std::filesystem::create_symlink("target", folder.file("lock"));
     const AllFail fail({"open O_TMPFILE", "link"}, EOPNOTSUPP);
