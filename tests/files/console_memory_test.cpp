@@ -33,7 +33,7 @@ TEST_F(ConsoleMemory, PrintingAllocatesOnlyForATextLongerThanAnyBefore) {
 }
 
 TEST_F(ConsoleMemory, EmptyResultCostsTheNextCallABlock) {
-    utf8printf(stream, "%s", "warm");
+    utf8printf(stream, "%s", "warm up for all that follows");
     AllocationCounter counter;
     utf8printf(stream, "%s", "");
     const long empty = counter.allocations();
