@@ -209,6 +209,14 @@ TEST_F(FilesFault, RenameByLinkLeavesOneName) {
     }
     EXPECT_EQ(content, bytesOf(path));
     std::remove(target.c_str());  // nothing could be removed, not even the second name
+    // When only the old name cannot be removed, the new one goes.
+    bool renamed = true;
+    constexpr int unlinkOfTheOldName = 2;  // behind a look and the link
+    const Fault fault = faults::failNth(unlinkOfTheOldName, EACCES, [&] { renamed = second.rename(target.c_str()); });
+    EXPECT_EQ("unlink", fault.function);
+    EXPECT_FALSE(renamed);
+    EXPECT_EQ(content, bytesOf(path));
+    EXPECT_EQ("(none)", bytesOf(target));
     // Without links either, the target is looked for first.
     folder.write("target", "in the way");
     {
@@ -349,6 +357,21 @@ TEST_F(FilesFault, LogIsQuietAndCanBeReadOn) {
                 EXPECT_EQ(lines, read);
             }
         });
+}
+
+TEST_F(FilesFault, DestructorsThrowNothing) {
+    prepare();
+    const faults::AllFail fail({"fclose"}, EIO);
+    {
+        LogCharStream log;
+        log.throwing = true;
+        ASSERT_TRUE(log.open(path.c_str(), 16, UTF8File::READ));
+    }
+    {
+        UTF8File file(path, true);
+        ASSERT_TRUE(file.open(UTF8File::READ));
+    }
+    MLDocOut::FileWriter sink(path.c_str());
 }
 
 TEST_F(FilesFault, DocumentIsLoadedOrTold) {
