@@ -12,7 +12,6 @@
 namespace {
 
 constexpr int kFirstLineMax = 1023;  // bytes that are looked at for the first line
-constexpr int kSynchronised = 2;     // a value of lastOp
 
 // The last byte of a range that is no carriage return, else `before`.
 char lastCounted(const char* begin, const char* end, char before) {
@@ -39,11 +38,6 @@ void LogCharStream::resetPiece() {
     pieceSize = 0;
 }
 
-bool LogCharStream::reportSeekError() {
-    erro(VELMORA_DICT, LCA__Seek_file_error, name.data, errno);
-    return false;
-}
-
 bool LogCharStream::open(const char* path, int size, UTF8File::Mode mode) {
     close();
     name = path;
@@ -68,26 +62,14 @@ void LogCharStream::close() {
 
 std::int64_t LogCharStream::getStreamSize() {
     if (!file) return 0;
-    std::int64_t before = platform::tell(file);
-    bool moved = platform::seek(file, 0, SEEK_END) == 0;
-    if (moved) {
-        lastKnownSize = platform::tell(file);
-        moved = platform::seek(file, before, SEEK_SET) == 0;
-    }
-    if (!moved) {
-        reportSeekError();
-        return -1;
-    }
-    lastOp = kSynchronised;
-    return lastKnownSize;
+    return measure(lastKnownSize) ? lastKnownSize : -1;
 }
 
 bool LogCharStream::readNextPiece() {
     std::int64_t position = getStreamPosition();
     if (position >= lastKnownSize || pieceSize == 0) return false;
     std::int64_t newStart = position - position % pieceSize;
-    if (platform::seek(file, newStart, SEEK_SET) != 0) return reportSeekError();
-    lastOp = kSynchronised;
+    if (!seek(newStart, SEEK_SET)) return false;
     int count = static_cast<int>(std::min<std::int64_t>(pieceSize, lastKnownSize - newStart));
     if (!UTF8File::read(buffer, count)) return false;
     pieceStart = newStart;
@@ -102,10 +84,9 @@ bool LogCharStream::setStreamPosition(std::int64_t position) {
         cursor = buffer + (position - pieceStart);
         return true;
     }
-    if (platform::seek(file, position, SEEK_SET) != 0) return reportSeekError();
+    if (!seek(position, SEEK_SET)) return false;
     cursor = end = buffer;
     pieceStart = position;
-    lastOp = kSynchronised;
     return true;
 }
 
@@ -182,11 +163,7 @@ bool LogCharStream::parseLine(int fieldCount, const bool* wanted, char** fields,
 void LogCharStream::readFirstLine(std::string& line) {
     line.clear();
     if (!file) return;
-    if (platform::seek(file, 0, SEEK_SET) != 0) {
-        reportSeekError();
-        return;
-    }
-    lastOp = kSynchronised;
+    if (!seek(0, SEEK_SET)) return;
     char text[kFirstLineMax + 1];
     int count = static_cast<int>(std::clamp<std::int64_t>(lastKnownSize, 0, kFirstLineMax));
     if (!UTF8File::read(text, count)) return;

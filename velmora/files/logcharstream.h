@@ -93,7 +93,6 @@ protected:
 
 private:
     void resetPiece();
-    bool reportSeekError();
     template <class Sink>
     bool walkLine(Sink sink, std::int64_t& nextPosition);
 };

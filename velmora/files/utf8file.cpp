@@ -99,20 +99,24 @@ bool UTF8File::write(const void* src, int size) {
     return false;
 }
 
-std::int64_t UTF8File::size() {
-    std::int64_t before = pos();
-    std::int64_t end = -1;
+bool UTF8File::measure(std::int64_t& bytes) {
+    const std::int64_t before = pos();
     bool moved = platform::seek(file, 0, SEEK_END) == 0;
     if (moved) {
-        end = pos();
+        bytes = pos();
         moved = platform::seek(file, before, SEEK_SET) == 0;
     }
     if (!moved) {
         erro(VELMORA_DICT, LCA__Seek_file_error, name.data, errno);
-        return -1;
+        return false;
     }
     lastOp = kSynchronised;
-    return end;
+    return true;
+}
+
+std::int64_t UTF8File::size() {
+    std::int64_t bytes;
+    return measure(bytes) ? bytes : -1;
 }
 
 std::int64_t UTF8File::checkSize(std::int64_t limit) {

@@ -172,6 +172,10 @@ public:
     // Moves `size` bytes from here to `destination`, both at their present positions.
     bool copy(UTF8File& destination, std::int64_t size);
 
+protected:
+    // What size() does. `bytes` is set once the size is known, also when the way back to the position fails then.
+    bool measure(std::int64_t& bytes);
+
 private:
     bool beginRead();
     bool beginWrite();
