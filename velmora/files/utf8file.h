@@ -144,7 +144,8 @@ public:
 
     // Read a whole file. `limit`: the largest size accepted, in bytes. `terminate`: a zero byte goes behind the data
     // and counts nowhere. Returns: the size of the file.
-    // Throws: LCA__Cannot_open_file, LCA__Too_big_file, LCA__Not_enough_memory_to_load_file and the failures of read.
+    // Throws: LCA__Cannot_open_file, LCA__Too_big_file, LCA__Not_enough_memory_to_load_file (also for a size above INT_MAX or
+    // none at all) and the failures of read.
     // Owns: the target. After a failure a ChArr or Bag is as it was, the others are empty or filled in part.
     static std::uint64_t load(const char* path, ArrayHolder<char>& data, std::uint64_t limit, bool terminate);
     static std::uint64_t load(const char* path, ChArr& text, std::uint64_t limit, bool terminate);
@@ -152,7 +153,7 @@ public:
     static std::uint64_t load(const char* path, std::string& text, std::uint64_t limit);
     static std::uint64_t load(const char* path, CharVector& text, std::uint64_t limit);
 
-    // Write a whole file in place.
+    // Write a whole file in place. Limit: INT_MAX bytes, here and below.
     static void save(const char* path, const void* data, std::uint64_t size);
     static void save(const char* path, const Bag& bag);
     static void save(const char* path, const std::string& text) { save(path, text.data(), text.size()); }

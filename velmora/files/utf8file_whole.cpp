@@ -38,14 +38,12 @@ template <class Allocate>
 std::uint64_t loadInto(const char* path, std::uint64_t limit, Allocate allocate) {
     UTF8File file(true);
     file.open(path, UTF8File::READ);
-    std::int64_t size = file.checkSize(static_cast<std::int64_t>(limit));
+    const std::int64_t size = file.checkSize(static_cast<std::int64_t>(limit));
+    // What is no file has no size or an absurd one, and a read takes an int.
+    if (size < 0 || size > INT_MAX) reportNoMemory(file);
     char* target = nullptr;
-    allocated(file, [&] { target = allocate(size); });
-    if (target) {
-        file.read(target, static_cast<int>(size));
-    } else if (size != 0) {
-        reportNoMemory(file);  // no place for so much
-    }
+    allocated(file, [&] { target = allocate(static_cast<int>(size)); });
+    file.read(target, static_cast<int>(size));
     file.close();  // here and not in the destructor, which would keep a failure to itself
     return static_cast<std::uint64_t>(size);
 }
@@ -60,9 +58,8 @@ void writeWhole(UTF8File& file, const void* data, std::uint64_t size) {
 
 std::uint64_t UTF8File::load(const char* path, ArrayHolder<char>& data, std::uint64_t limit, bool terminate) {
     delete[] data.steal();
-    return loadInto(path, limit, [&](std::int64_t size) {
-        const std::uint64_t block = static_cast<std::uint64_t>(size) + (terminate ? 1 : 0);
-        if (block >= PTRDIFF_MAX) throw std::bad_alloc();
+    return loadInto(path, limit, [&](int size) {
+        const std::size_t block = static_cast<std::size_t>(size) + (terminate ? 1 : 0);
         if (block != 0) {
             data.data = new char[block];
             if (terminate) data.data[block - 1] = 0;
@@ -88,17 +85,15 @@ std::uint64_t UTF8File::load(const char* path, Bag& bag, std::uint64_t limit, bo
 
 std::uint64_t UTF8File::load(const char* path, std::string& text, std::uint64_t limit) {
     text.clear();
-    return loadInto(path, limit, [&](std::int64_t size) {
-        if (static_cast<std::uint64_t>(size) > text.max_size()) throw std::bad_alloc();  // as for other sizes too large
+    return loadInto(path, limit, [&](int size) {
         text.resize(static_cast<std::size_t>(size));
-        return text.empty() ? nullptr : &text[0];
+        return &text[0];
     });
 }
 
 std::uint64_t UTF8File::load(const char* path, CharVector& text, std::uint64_t limit) {
     text.clear();
-    return loadInto(path, limit,
-                    [&](std::int64_t size) { return size > INT_MAX ? nullptr : text.prepare(static_cast<int>(size)); });
+    return loadInto(path, limit, [&](int size) { return text.prepare(size); });
 }
 
 void UTF8File::save(const char* path, const void* data, std::uint64_t size) {
