@@ -4,7 +4,6 @@
 #include <velmora/markup/mldocout.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <iterator>
 #include <string>
 
@@ -44,17 +43,6 @@ const char* lineEndOf(const std::string& name) {
     throw UsageError{"--eol needs one of lf, crlf"};
 }
 
-// In YAML the dash of an item and its blank stand within the indentation.
-int tabSizeOf(const std::string& text, MLDocBase::Format format) {
-    const int least = format == MLDocBase::YAML ? 2 : 0;
-    const bool digits = !text.empty() && text.size() < 3 && text.find_first_not_of("0123456789") == std::string::npos;
-    const int size = digits ? std::atoi(text.c_str()) : -1;
-    if (size < least || size > kWidestTab) {
-        throw UsageError{"--tab needs a number from " + std::to_string(least) + " to " + std::to_string(kWidestTab)};
-    }
-    return size;
-}
-
 // What the command line asks for.
 struct Conversion {
     MLDocOut writer;
@@ -71,7 +59,9 @@ struct Conversion {
         writer.setEOLN(lineEndOf(arguments.value("--eol", "lf")));
         writer.setCompactMode(arguments.has("--compact"));
         items.rawEscapes = arguments.has("--raw-escapes");
-        if (arguments.has("--tab")) writer.setTabSize(tabSizeOf(arguments.value("--tab"), writer.getFormat()));
+        // In YAML the dash of an item and its blank stand within the indentation.
+        const int narrowestTab = writer.getFormat() == MLDocBase::YAML ? 2 : 0;
+        if (arguments.has("--tab")) writer.setTabSize(arguments.number("--tab", 0, narrowestTab, kWidestTab));
         if (root.empty()) throw UsageError{"--root needs a name"};
         if (!isRowForm() && (arguments.has("--rows") || header)) {
             throw UsageError{"--rows and --header are for html and csv"};

@@ -1,6 +1,8 @@
 // Reading of the command line, see options.h.
 #include "tools/options.h"
 
+#include <charconv>
+#include <system_error>
 #include <utility>
 
 namespace tool {
@@ -18,6 +20,22 @@ const OptionSpec& findOption(const std::vector<OptionSpec>& known, const std::st
 std::string Arguments::value(const char* name, const std::string& otherwise) const {
     const auto found = options.find(name);
     return found == options.end() ? otherwise : found->second;
+}
+
+bool readNumber(std::string_view text, int min, int max, int& number) {
+    const char* const end = text.data() + text.size();
+    if (text.empty() || text[0] == '-') return false;
+    const auto read = std::from_chars(text.data(), end, number);
+    return read.ec == std::errc() && read.ptr == end && number >= min && number <= max;
+}
+
+int Arguments::number(const char* name, int otherwise, int min, int max) const {
+    int result = otherwise;
+    if (has(name) && !readNumber(value(name), min, max, result)) {
+        throw UsageError{std::string(name) + " needs a number from " + std::to_string(min) + " to " +
+                         std::to_string(max)};
+    }
+    return result;
 }
 
 bool ArgumentReader::atOption() {

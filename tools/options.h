@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tool {
@@ -20,6 +21,9 @@ struct OptionSpec {
     const char* values = nullptr;  // the words to choose from, with blanks between them; null: any text
 };
 
+// A number in decimal digits and nothing else. Returns: whether `text` is one from `min` to `max`.
+bool readNumber(std::string_view text, int min, int max, int& number);
+
 // What was given: options by name, and everything else in order.
 struct Arguments {
     std::vector<std::string> operands;
@@ -28,6 +32,8 @@ struct Arguments {
     bool has(const char* name) const { return options.count(name) != 0; }
     // Returns: the value of an option, the last one given; `otherwise` when it was not given.
     std::string value(const char* name, const std::string& otherwise = std::string()) const;
+    // The same for a number. Throws: UsageError, when it is none from `min` to `max`.
+    int number(const char* name, int otherwise, int min, int max) const;
 };
 
 // Reads words into arguments. An option's value is the next word, or what follows a '=' in the option's own word.

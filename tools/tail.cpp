@@ -1,7 +1,6 @@
 // velmora tail: the lines of a log, and those that are appended to it.
 #include <velmora/files/logcharstream.h>
 #include <velmora/serial/ttt.h>
-#include <velmora/text/numbers.h>
 
 #include <algorithm>
 #include <chrono>
@@ -10,6 +9,7 @@
 #include <deque>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -33,17 +33,6 @@ struct Plan {
     std::chrono::milliseconds interval;
     bool once;
 };
-
-int number(const Arguments& arguments, const char* option, int otherwise, int min, int max) {
-    if (!arguments.has(option)) return otherwise;
-    const std::string text = arguments.value(option);
-    int n = 0;
-    if (!ChPair(text).getInt(n) || n < min || n > max) {
-        throw UsageError{std::string(option) + " must be a number from " + std::to_string(min) + " to " +
-                         std::to_string(max)};
-    }
-    return n;
-}
 
 class Tail {
 public:
@@ -146,8 +135,8 @@ void chooseFields(Plan& plan, const std::string& list) {
     for (std::size_t from = 0; from < list.size();) {
         const std::size_t comma = std::min(list.find(',', from), list.size());
         int n = 0;
-        if (!ChPair(list.data() + from, list.data() + comma).getInt(n) || n < 1 || n > count) {
-            throw UsageError{"--only must be numbers from 1 to " + std::to_string(count) + " with commas between them"};
+        if (!readNumber(std::string_view(list).substr(from, comma - from), 1, count, n)) {
+            throw UsageError{"--only needs numbers from 1 to " + std::to_string(count) + " with commas between them"};
         }
         plan.wanted[static_cast<std::size_t>(n - 1)] = true;
         from = comma + 1;
@@ -159,10 +148,10 @@ int run(const Arguments& arguments, const Settings&) {
     constexpr int mostFields = 1000, mostLines = 1000000, longestInterval = 3600000;
     Plan plan{};
     plan.once = arguments.has("--once");
-    plan.lines = arguments.value("--lines") == "all" ? -1 : number(arguments, "--lines", 10, 0, mostLines);
-    plan.interval = std::chrono::milliseconds(number(arguments, "--interval", 200, 1, longestInterval));
+    plan.lines = arguments.value("--lines") == "all" ? -1 : arguments.number("--lines", 10, 0, mostLines);
+    plan.interval = std::chrono::milliseconds(arguments.number("--interval", 200, 1, longestInterval));
     if (arguments.has("--fields")) {
-        plan.fieldCount = number(arguments, "--fields", 0, 1, mostFields);
+        plan.fieldCount = arguments.number("--fields", 0, 1, mostFields);
         chooseFields(plan, arguments.value("--only"));
     } else if (arguments.has("--only")) {
         throw UsageError{"--only needs --fields"};

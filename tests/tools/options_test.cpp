@@ -50,6 +50,33 @@ TEST(ArgumentReader, LastValueCounts) {
     EXPECT_FALSE(arguments.has("--flag"));
 }
 
+TEST(ArgumentReader, NumberIsDigitsInARange) {
+    const struct {
+        const char* text;
+        bool valid;
+        int number;
+    } table[] = {
+        {"3", true, 3},    {"12", true, 12},  {"007", true, 7}, {"2", false, 0},
+        {"13", false, 0},  {"", false, 0},    {"-3", false, 0}, {"+3", false, 0},
+        {" 3", false, 0},  {"3 ", false, 0},  {"3x", false, 0}, {"0x3", false, 0},
+        {"3.0", false, 0}, {"few", false, 0}, {"-", false, 0},  {"4294967299", false, 0},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.text);
+        const Arguments arguments = readAll({"--value", row.text});
+        if (row.valid) {
+            EXPECT_EQ(row.number, arguments.number("--value", 5, 3, 12));
+            continue;
+        }
+        try {
+            ADD_FAILURE() << arguments.number("--value", 5, 3, 12);
+        } catch (const tool::UsageError& error) {
+            EXPECT_EQ("--value needs a number from 3 to 12", error.text);
+        }
+    }
+    EXPECT_EQ(5, readAll({}).number("--value", 5, 7, 12));
+}
+
 TEST(ArgumentReader, TwoDashesEndTheOptions) {
     const Arguments arguments = readAll({"--flag", "--", "--value", "--", "-x"});
     EXPECT_EQ((std::vector<std::string>{"--value", "--", "-x"}), arguments.operands);

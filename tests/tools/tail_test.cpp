@@ -122,15 +122,15 @@ TEST_F(ToolTail, WrongUsage) {
     } table[] = {
         {{"tail"}, "a file is missing"},
         {{"tail", path, path}, "too many files"},
-        {{"tail", path, "--lines", "-1"}, "--lines must be a number from 0 to 1000000"},
-        {{"tail", path, "--lines", "few"}, "--lines must be a number from 0 to 1000000"},
-        {{"tail", path, "--fields", "0"}, "--fields must be a number from 1 to 1000"},
-        {{"tail", path, "--interval", "0"}, "--interval must be a number from 1 to 3600000"},
+        {{"tail", path, "--lines", "-1"}, "--lines needs a number from 0 to 1000000"},
+        {{"tail", path, "--lines", "few"}, "--lines needs a number from 0 to 1000000"},
+        {{"tail", path, "--lines", "0x10"}, "--lines needs a number from 0 to 1000000"},
+        {{"tail", path, "--fields", "0"}, "--fields needs a number from 1 to 1000"},
+        {{"tail", path, "--interval", "0"}, "--interval needs a number from 1 to 3600000"},
         {{"tail", path, "--only", "1"}, "--only needs --fields"},
-        {{"tail", path, "--fields", "2", "--only", "1,3"},
-         "--only must be numbers from 1 to 2 with commas between them"},
+        {{"tail", path, "--fields", "2", "--only", "1,3"}, "--only needs numbers from 1 to 2 with commas between them"},
         {{"tail", path, "--fields", "2", "--only", "1,,2"},
-         "--only must be numbers from 1 to 2 with commas between them"},
+         "--only needs numbers from 1 to 2 with commas between them"},
     };
     for (const auto& row : table) {
         SCOPED_TRACE(row.error);
