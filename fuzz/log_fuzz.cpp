@@ -1,6 +1,7 @@
 // A log in pieces of any size, with lines of any room, against a reading byte by byte; and lines that are taken apart.
 #include <velmora/files/logcharstream.h>
 
+#include <algorithm>
 #include <memory>
 #include <vector>
 

@@ -75,7 +75,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
 
     // Conversions and lengths.
     const std::vector<utf16_t> units = decoded(text);
-    std::vector<utf16_t> converted(units.size());
     if (!text.empty()) {
         const char* p = b;
         for (utf16_t unit : units) {

@@ -59,11 +59,7 @@ void MLDocOut::openJsonArray(Stage& stage, const char* name) {
 void MLDocOut::beginItemJson(const char* name) {
     Stage stage(*this);
     if (depth == 0) {
-        if (has(CompactMode)) {
-            stage.add(compactIndentRun());
-        } else {
-            stage.add(indentRun());
-        }
+        stage.add(has(CompactMode) ? compactIndentRun() : indentRun());
         addPieces(stage, {"\"", name, "\": "});
     } else if (lastName.count != 0 && lastName == name) {
         stage.add(Optional(',', has(NeedSeparator)), lineEnd(), indentRun());
