@@ -432,6 +432,30 @@ TEST_F(FilesFault, DictionaryKeepsItsTextsOrGetsNewOnes) {
     EXPECT_LE(20, faults);
 }
 
+// Seven words of the header, the table and the block of texts, however many texts there are.
+TEST_F(FilesFault, DictionaryIsReadByNineCalls) {
+    UTF8File file(VELMORA_TEST_LANG_DIR "/velmora.eng.lng", true);
+    file.open(UTF8File::READ);
+    Loc::VelmoraModule module;
+    IDLocLoader byNumber;
+    {
+        faults::CallCounter calls;
+        ASSERT_EQ(IDLocLoader::NoError, byNumber.load(file.file, *module.localization));
+        EXPECT_EQ(9, calls.of("fread"));
+    }
+    file.seek(0, SEEK_SET);
+    std::vector<const char*> variables(VELMORA_KEY_COUNT);
+    std::vector<const char**> targets;
+    for (const char*& variable : variables) targets.push_back(&variable);
+    CCLocLoader byVariable;
+    CCLocLoader::Localization table = {VELMORA_KEY_COUNT, 8, module.localization->version, targets.data()};
+    {
+        faults::CallCounter calls;
+        ASSERT_EQ(CCLocLoader::NoError, byVariable.load(file.file, table));
+        EXPECT_EQ(9, calls.of("fread"));
+    }
+}
+
 // ---- killed ----
 
 std::string generation(unsigned number) {

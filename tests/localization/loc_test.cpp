@@ -13,6 +13,7 @@
 
 #include "tests/support/message.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/virtual_slot.h"
 
 namespace {
 
@@ -27,6 +28,13 @@ static_assert(sizeof(Loc::Loader) == sizeof(ArrayVector<char>), "a loader is its
 const std::uint32_t kStamp = 0x01020304;
 
 const LocDictionaryId kOther = static_cast<LocDictionaryId>(4);
+
+TEST(LocModule, VirtualOrder) {
+    EXPECT_EQ(2, support::virtualSlot(&Loc::Module::load));
+    EXPECT_EQ(3, support::virtualSlot(&Loc::Module::loadFile));
+    EXPECT_EQ(2, support::virtualSlot(&Loc::VelmoraModule::load));
+    EXPECT_EQ(3, support::virtualSlot(&Loc::VelmoraModule::loadFile));
+}
 
 // Gives the registry back as it was.
 class RegistryScope {

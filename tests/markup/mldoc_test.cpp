@@ -21,6 +21,7 @@
 #include "tests/support/guard_page.h"
 #include "tests/support/message.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/virtual_slot.h"
 #include "tests/support/walk_dump.h"
 
 // Values, sizes and places that callers were compiled with.
@@ -131,6 +132,8 @@ std::string allBytes() {
 }  // namespace
 
 // ---- the object ----
+
+TEST(MLDoc, VirtualOrder) { EXPECT_EQ(2, support::virtualSlot(&MLDoc::warnSuspiciousAttribute)); }
 
 TEST(MLDocBaseFormatName, NamesTheThreeFormatsThatAreRead) {
     EXPECT_STREQ("XML", MLDocBase::formatName[MLDocBase::XML]);

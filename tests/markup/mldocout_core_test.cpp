@@ -13,6 +13,7 @@
 
 #include "tests/support/message.h"
 #include "tests/support/temp_folder.h"
+#include "tests/support/virtual_slot.h"
 
 namespace {
 
@@ -26,6 +27,11 @@ static_assert(MLDocBase::HTML == 5 && MLDocBase::CSV == 6, "");
 template <class Field>
 std::ptrdiff_t offsetIn(const MLDocOut& out, const Field& field) {
     return reinterpret_cast<const char*>(&field) - reinterpret_cast<const char*>(&out);
+}
+
+TEST(MLDocOutWriter, VirtualOrder) {
+    EXPECT_EQ(0, support::virtualSlot(&MLDocOut::Writer::write_doc));
+    EXPECT_EQ(1, support::virtualSlot(&MLDocOut::Writer::end_doc));
 }
 
 // A sink that remembers each call.

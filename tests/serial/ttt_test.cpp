@@ -18,6 +18,7 @@
 #include <velmora/text/chpair.h>
 
 #include "tests/support/message.h"
+#include "tests/support/virtual_slot.h"
 
 static_assert(TTT::RAW == -1 && TTT::DICT == -2 && TTT::DATA == -3);
 static_assert(TTT::PARAM_INT == 0x0F0ABCDF && TTT::PARAM_INT == 252361951);
@@ -131,6 +132,8 @@ TEST(TTP, IsADictionaryAndANumber) {
     EXPECT_EQ(kDict5, other.dict);
     EXPECT_EQ(3, other.id);
 }
+
+TEST(TTTParamSource, VirtualOrder) { EXPECT_EQ(2, support::virtualSlot(&TTT::ParamSource::getText)); }
 
 TEST(TTTParamSource, CopiesAndAssigns) {
     Source source("a");
