@@ -9,7 +9,8 @@
 // Items are moved with memcpy: no constructor or destructor of an item runs on a move. Nothing throws on a bad
 // index: accessors, subst, replace, null and cutTo do not check, insert, remove, removeRange and moveRangeTo ignore a
 // bad start. Memory that runs out is std::bad_alloc, and a vector that had to grow is then as it was.
-// A copy between two different members would share or lose arrays, and does not compile.
+// A copy between two different members would share or lose arrays; those that are deleted below do not compile.
+// Warning: others do, such as of an ArrayVector<T> to a SimpleVector<T*>, and leave two owners of one block.
 // Lifetime: a pointer to an item dies with the next operation that may reallocate.
 #ifndef VELMORA_CONTAINERS_VECTORS_H
 #define VELMORA_CONTAINERS_VECTORS_H
