@@ -357,6 +357,66 @@ TEST(BagWrite, SizeThatWouldOverflowIsRefused) {
     EXPECT_EQ(2, bag.size);
 }
 
+// A place that cannot be written to: below the block, or with an end, or an aligned start, behind the greatest number.
+TEST(BagWrite, PlaceOutsideIsRefused) {
+    struct Row {
+        int line;
+        int cursor;
+        std::function<void(Bag&)> write;
+    };
+    static const Row rows[] = {
+        {__LINE__, -1, [](Bag& bag) { bag.putChar('x'); }},
+        {__LINE__, -1, [](Bag& bag) { bag.putData("x", 1); }},
+        {__LINE__, -100, [](Bag& bag) { bag.putDataPtr(100); }},
+        {__LINE__, -1, [](Bag& bag) { bag.putDataPtr(0); }},
+        {__LINE__, -100, [](Bag& bag) { bag.putLong(1); }},
+        {__LINE__, -8, [](Bag& bag) { bag.putDataAligned("12345678", 8, 8); }},
+        {__LINE__, INT_MIN, [](Bag& bag) { bag.putShort(1); }},
+        {__LINE__, INT_MAX, [](Bag& bag) { bag.putChar('x'); }},
+        {__LINE__, INT_MAX - 1, [](Bag& bag) { bag.putLong(1); }},
+        {__LINE__, INT_MAX, [](Bag& bag) { bag.putShort(1); }},
+        {__LINE__, INT_MAX - 2, [](Bag& bag) { bag.putLongLong(1); }},
+        {__LINE__, INT_MAX - 6, [](Bag& bag) { bag.putDouble(1); }},
+        {__LINE__, INT_MAX - 6, [](Bag& bag) { bag.putDataPtrAligned(1, 16); }},
+        {__LINE__, INT_MAX, [](Bag& bag) { bag.reserve(1); }},
+        {__LINE__, 2, [](Bag& bag) { bag.reserve(INT_MAX); }},
+        {__LINE__, 2, [](Bag& bag) { bag.insSpace(0, INT_MAX); }},
+        {__LINE__, 0, [](Bag& bag) { bag.insSpace(2, INT_MAX - 1); }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.line);
+        Bag bag("ab", 2);
+        bag.to(row.cursor);
+        const char* block = bag.data;
+        EXPECT_THROW(row.write(bag), Bag::Exception);
+        EXPECT_EQ(2, bag.size);
+        EXPECT_EQ(block, bag.data);
+        EXPECT_EQ(16, bag.bufferSize);
+        EXPECT_EQ(0, std::memcmp(bag.data, "ab", 2));
+    }
+    Bag bag;
+    bag.to(-5);
+    bag.reserve(5);
+    EXPECT_EQ(0, bag.bufferSize);
+    bag.reserve(6);
+    EXPECT_EQ(16, bag.bufferSize);
+    bag.to(INT_MIN);
+    bag.reserve(-1);
+    EXPECT_EQ(16, bag.bufferSize);
+}
+
+// As it comes about: the length of a block is believed, and the block is passed over.
+TEST(BagWrite, BehindABlockOfNegativeLengthIsRefused) {
+    Bag bag;
+    bag.putLong(-104);
+    bag.toBegin();
+    const int saved = bag.beginBlock();
+    bag.passBlock(saved);
+    ASSERT_EQ(-100, bag.cursor);
+    EXPECT_THROW(bag.putChar('x'), Bag::Exception);
+    EXPECT_EQ(4, bag.size);
+}
+
 TEST(BagEquality, ComparesTheContentAlone) {
     Bag a("hello", 5);
     Bag b("hello", 5);

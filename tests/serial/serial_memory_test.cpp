@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <functional>
 #include <new>
 #include <string>
@@ -28,6 +29,7 @@ Bag fullBag() {
 }
 
 const std::string longText(300, 'x');
+const CharVector longVector(std::string(240, 'x'));  // behind a full Bag it fills the next block, but for its zero byte
 
 // ---- Bag ----
 
@@ -42,6 +44,10 @@ TEST(BagMemory, FailedGrowthLeavesTheContent) {
         {__LINE__, [](Bag& bag) { bag.putDataPtr(1); }},
         {__LINE__, [](Bag& bag) { bag.putString("!"); }},
         {__LINE__, [](Bag& bag) { bag << longText; }},
+        {__LINE__, [](Bag& bag) { bag.putString(longVector); }},
+        {__LINE__, [](Bag& bag) { bag << longVector; }},
+        {__LINE__, [](Bag& bag) { bag.putStringNZ("!"); }},
+        {__LINE__, [](Bag& bag) { bag.putStringNZ(longVector); }},
         {__LINE__, [](Bag& bag) { bag.putFormatStringNZ("%d", 7); }},
         {__LINE__, [](Bag& bag) { bag.expand(17); }},
         {__LINE__, [](Bag& bag) { bag.reserve(1); }},
@@ -120,6 +126,28 @@ TEST(BagMemory, FailedAssignmentLeavesAUsableBag) {
     EXPECT_EQ(2, failures);
     EXPECT_EQ(1, usable);
     EXPECT_EQ("0123456789abcdef", content(source));
+}
+
+// One that has no block is emptied as well: its cursor may stand anywhere.
+TEST(BagMemory, FailedAssignmentToAnEmptyBagLeavesItEmpty) {
+    const Bag source = fullBag();
+    Bag target;
+    const int failures = support::failEachAllocation([&] {
+        target.clear();
+        target.to(5);
+        try {
+            target = source;
+        } catch (const std::bad_alloc&) {
+            EXPECT_EQ(nullptr, target.data);
+            EXPECT_EQ(0, target.bufferSize);
+            EXPECT_EQ(0, target.cursor);
+            EXPECT_EQ(0, target.size);
+            throw;
+        }
+        EXPECT_EQ(16, target.size);
+        target.clear();
+    });
+    EXPECT_EQ(1, failures);
 }
 
 TEST(BagMemory, FailedReadLeavesTheSource) {

@@ -13,6 +13,17 @@ Bag::Bag(const void* src, int n) : Bag() {
     cursor = 0;
 }
 
+namespace {
+
+// Where `n` bytes at `start` end. A believed length may have put `start` below 0, where there is nothing to write to.
+int endBehind(int start, int n) {
+    assert(n >= 0);
+    if (start < 0 || start > INT_MAX - n) throw Bag::Exception();
+    return start + n;
+}
+
+}  // namespace
+
 Bag::Bag(const Bag& s) : Bag() {
     if (s.size == 0) return;
     data = new char[s.size];
@@ -23,6 +34,7 @@ Bag::Bag(const Bag& s) : Bag() {
 
 void Bag::operator=(const Bag& s) {
     if (this == &s) return;
+    truncate();
     clear();
     Bag copy(s);
     stealFrom(copy);
@@ -89,9 +101,7 @@ void Bag::putData(const void* src, int n) {
 }
 
 char* Bag::putDataPtr(int n) {
-    assert(cursor >= 0 && n >= 0);
-    if (cursor > INT_MAX - n) throw Exception();
-    expand(cursor + n);
+    expand(endBehind(cursor, n));
     cursor += n;
     size = cursor;
     return data + cursor - n;
@@ -115,10 +125,8 @@ void Bag::putDataAligned(const void* src, int n, int alignment) {
 
 char* Bag::putDataPtrAligned(int n, int alignment) {
     align(alignment);
-    int start = cursor;
-    assert(start >= 0 && n >= 0);
-    if (start > INT_MAX - n) throw Exception();
-    cursor += n;
+    const int start = cursor;
+    cursor = endBehind(start, n);
     expand(cursor);
     if (size < start) {
         assert(data);
@@ -141,7 +149,7 @@ char* Bag::getDataPtrAligned(int n, int alignment) {
 void* Bag::insSpace(int at, int n) {
     assert(at >= 0 && at <= size && n >= 0);
     if (n == 0) return data + at;
-    expand(size + n);
+    expand(endBehind(size, n));
     assert(data);
     if (at != size) std::memmove(data + at + n, data + at, static_cast<std::size_t>(size - at));
     size += n;
@@ -166,7 +174,11 @@ void Bag::expand(int n) {
     setBufferSize(capacity);
 }
 
-void Bag::reserve(int n) { expand(cursor + n); }
+void Bag::reserve(int n) {
+    const std::int64_t end = std::int64_t{cursor} + n;
+    if (end > INT_MAX) throw Exception();
+    if (end > bufferSize) expand(static_cast<int>(end));
+}
 
 void Bag::setBufferSize(int n) {
     if (bufferSize == n) return;

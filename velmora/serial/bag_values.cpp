@@ -56,8 +56,9 @@ void Bag::putString(const char* s) {
 }
 
 void Bag::putString(const CharVector& s) {
-    putStringNZ(s);
-    putChar(0);
+    char* p = putDataPtr(s.count + 1);  // at once, so that no text without its zero byte is left behind
+    if (s.count != 0) std::memcpy(p, s.data, static_cast<std::size_t>(s.count));
+    p[s.count] = 0;
 }
 
 void Bag::putFormatStringNZ(const char* format, ...) {
