@@ -1,5 +1,5 @@
-// A Bag of bytes from outside, read by a random program. Nothing but Bag::Exception leaves, and no read leads out of the
-// block. The first half of the input is the program, the second the content.
+// A Bag of bytes from outside, read and written by a random program. Nothing but Bag::Exception leaves, and nothing leads out
+// of the block. The first half of the input is the program, the second the content.
 #include <velmora/containers/vectors.h>
 #include <velmora/serial/bag.h>
 #include <velmora/text/charr.h>
@@ -20,8 +20,10 @@ void use(const char* p, std::size_t n) {
     sumOfAll = sum;
 }
 
-void readOne(Bag& bag, fuzz::Input& program, std::vector<int>& blocks) {
-    switch (program.below(24)) {
+constexpr int kFarthest = 1 << 16;
+
+void doOne(Bag& bag, fuzz::Input& program, std::vector<int>& blocks) {
+    switch (program.below(28)) {
         case 0:
             bag.getChar();
             break;
@@ -123,16 +125,39 @@ void readOne(Bag& bag, fuzz::Input& program, std::vector<int>& blocks) {
             break;
         }
         case 21:
-            bag.to(bag.size == 0 ? 0 : static_cast<int>(program.byte()) % (bag.size + 1));
+            bag.to(bag.size <= 0 ? 0 : static_cast<int>(program.byte()) % (bag.size + 1));
             break;
         case 22: {
+            FUZZ_CHECK(bag == bag);
             if (bag.size < 0) break;
             Bag copy(bag);
             FUZZ_CHECK(copy == bag);
             break;
         }
-        default:
-            if (bag.cursor >= 0 && bag.cursor <= bag.size) bag.putLong(static_cast<int>(program.byte()));
+        case 23:
+            bag.putLong(static_cast<int>(program.byte()));
+            break;
+        case 24: {
+            const std::string text = program.text();
+            bag.putData(text.data(), static_cast<int>(text.size()));
+            break;
+        }
+        case 25: {
+            const int n = static_cast<int>(program.byte());
+            std::memset(bag.putDataPtrAligned(n, 1 << program.below(5)), 'x', static_cast<std::size_t>(n));
+            break;
+        }
+        case 26: {
+            const int at = static_cast<int>(program.byte());
+            if (at <= bag.size) bag.insSpace(at, static_cast<int>(program.byte()));
+            break;
+        }
+        default: {
+            Bag copy;
+            copy << bag;
+            FUZZ_CHECK(copy.size >= 4);
+            break;
+        }
     }
 }
 
@@ -145,11 +170,13 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::vector<int> blocks;
     while (!program.empty()) {
         try {
-            readOne(bag, program, blocks);
+            doOne(bag, program, blocks);
         } catch (const Bag::Exception&) {
         }
         FUZZ_CHECK(bag.size <= bag.bufferSize);  // a block of negative length is empty and more than that
-        if (bag.cursor < 0 || bag.cursor > bag.size) bag.toBegin();
+        // A cursor outside stays for a while, but not one that a write would take much memory for.
+        const bool outside = bag.cursor < 0 || bag.cursor > bag.size;
+        if (outside && (bag.cursor > kFarthest || program.below(4) == 0)) bag.toBegin();
     }
     return 0;
 }

@@ -405,6 +405,36 @@ TEST(BagWrite, PlaceOutsideIsRefused) {
     EXPECT_EQ(16, bag.bufferSize);
 }
 
+TEST(BagWrite, NegativeCountIsRefused) {
+    Bag bag("ab", 2);
+    bag.toEnd();
+    EXPECT_THROW(bag.putData("xy", -1), Bag::Exception);
+    EXPECT_THROW(bag.putDataPtr(INT_MIN), Bag::Exception);
+    EXPECT_THROW(bag.putDataAligned("xy", -1, 1), Bag::Exception);
+    EXPECT_EQ(2, bag.size);
+    EXPECT_EQ(2, bag.cursor);
+}
+
+// In a block of negative length the content ends in front of the Bag, and there is none to compare, copy or fill up.
+TEST(BagWrite, InABlockOfNegativeLengthStaysInTheBag) {
+    Bag bag;
+    bag.putLong(-104);
+    bag.toBegin();
+    bag.beginBlock();
+    ASSERT_EQ(-100, bag.size);
+    Bag same;
+    same.putLong(-104);
+    same.toBegin();
+    same.beginBlock();
+    EXPECT_TRUE(bag == same);
+    Bag outer;
+    EXPECT_THROW(outer << bag, Bag::Exception);
+    bag.to(1);
+    bag.putLong(7);
+    EXPECT_EQ(8, bag.size);
+    EXPECT_EQ(0, std::memcmp(bag.data, "\0\0\0\0\7\0\0\0", 8));
+}
+
 // As it comes about: the length of a block is believed, and the block is passed over.
 TEST(BagWrite, BehindABlockOfNegativeLengthIsRefused) {
     Bag bag;

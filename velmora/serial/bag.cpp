@@ -15,10 +15,9 @@ Bag::Bag(const void* src, int n) : Bag() {
 
 namespace {
 
-// Where `n` bytes at `start` end. A believed length may have put `start` below 0, where there is nothing to write to.
+// Where `n` bytes at `start` end. A believed length may have put `start` or the size of a content below 0.
 int endBehind(int start, int n) {
-    assert(n >= 0);
-    if (start < 0 || start > INT_MAX - n) throw Bag::Exception();
+    if (start < 0 || n < 0 || start > INT_MAX - n) throw Bag::Exception();
     return start + n;
 }
 
@@ -82,7 +81,7 @@ void Bag::stealFrom(char* block, int newSize, int allocated) {
 }
 
 bool Bag::operator==(const Bag& s) const {
-    return size == s.size && (size == 0 || std::memcmp(data, s.data, static_cast<std::size_t>(size)) == 0);
+    return size == s.size && (size <= 0 || std::memcmp(data, s.data, static_cast<std::size_t>(size)) == 0);
 }
 
 // Whether `n` bytes of content stand at the cursor, which may be anywhere.
@@ -128,9 +127,10 @@ char* Bag::putDataPtrAligned(int n, int alignment) {
     const int start = cursor;
     cursor = endBehind(start, n);
     expand(cursor);
-    if (size < start) {
+    const int gap = std::max(size, 0);
+    if (gap < start) {
         assert(data);
-        std::memset(data + size, 0, static_cast<std::size_t>(start - size));
+        std::memset(data + gap, 0, static_cast<std::size_t>(start - gap));
     }
     size = cursor;
     return data + start;
