@@ -4,8 +4,11 @@
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldocout.h>
 #include <velmora/serial/ttt.h>
+#include <velmora/text/charr.h>
 
+#include <climits>
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <type_traits>
@@ -186,10 +189,86 @@ TEST(MLDocOutCore, CallThatWritesNothingDoesNotCutABag) {
             out.writeAttrName("a");
             EXPECT_EQ(size, sink.size);
             EXPECT_EQ(3, sink.cursor);
+            EXPECT_EQ("0123456789", std::string(sink.data, 10));
             out.write("x", 1);
             EXPECT_EQ(4, sink.size);
         }
     }
+}
+
+TEST(MLDocOutCore, FailureOfABagPassesThrough) {
+    for (int room : {0, 2000}) {
+        for (int cursor : {-1, INT_MIN, INT_MAX}) {
+            SCOPED_TRACE(room);
+            SCOPED_TRACE(cursor);
+            MLDocOut::BagWriter sink;
+            MLDocOut out(MLDocBase::CSV);
+            out.begin(sink);
+            out.beginItem("a");
+            sink.expand(room);
+            sink.to(cursor);
+            EXPECT_THROW(out.writeIntAttr("b", 1), Bag::Exception);
+            EXPECT_THROW(out.writeEscaped("text"), Bag::Exception);
+            EXPECT_EQ(0, sink.size);
+        }
+    }
+}
+
+// A row's first cell is without a separator and may be empty: nothing is to be written, not even for a moment.
+TEST(MLDocOutCore, EmptyFirstCellLeavesABagAlone) {
+    for (int room : {0, 2000}) {
+        SCOPED_TRACE(room);
+        const std::function<void(MLDocOut&)> cells[] = {
+            [](MLDocOut& out) { out.writeEmptyAttr("a"); },
+            [](MLDocOut& out) { out.writeSimpleAttr("a", ChPair()); },
+            [](MLDocOut& out) { out.writeSimplestAttr("a", ChPair()); },
+        };
+        for (const auto& cell : cells) {
+            MLDocOut::BagWriter sink;
+            MLDocOut out(MLDocBase::CSV);
+            out.begin(sink);
+            sink.putData("0123456789", 10);
+            sink.expand(room);
+            sink.to(3);
+            out.beginItem("a");
+            cell(out);
+            EXPECT_EQ("0123456789", std::string(sink.data, static_cast<std::size_t>(sink.size)));
+            EXPECT_EQ(3, sink.cursor);
+        }
+    }
+}
+
+// The text may lie in the Bag that it is written to, though its block has to grow.
+TEST(MLDocOutCore, PartOfABagIsEscapedIntoIt) {
+    for (const char* unit : {"a", "a<", "<&"}) {
+        SCOPED_TRACE(unit);
+        std::string text;
+        while (text.size() < 4096) text += unit;
+        MLDocOut::BagWriter sink;
+        MLDocOut out(MLDocBase::XML);
+        out.begin(sink);
+        sink.truncate();
+        sink.putData(text.data(), 4096);
+        sink.pack();
+        out.writeEscaped(ChPair(sink.data, sink.data + 4096));
+        ChArr escaped;
+        MLDocOut::escapeStringXMLHTML(text, escaped);
+        EXPECT_EQ(text + escaped.asCharPtr(), std::string(sink.data, static_cast<std::size_t>(sink.size)));
+    }
+}
+
+// A sink gets an escaped text in one piece, and none for an empty one.
+TEST(MLDocOutCore, EscapedTextIsOnePiece) {
+    Calls sink;
+    MLDocOut out(MLDocBase::XML);
+    out.begin(sink);
+    sink.writes.clear();
+    const std::string text(2000, '<');
+    out.writeEscaped(text);
+    ASSERT_EQ(1u, sink.writes.size());
+    EXPECT_EQ(8000u, sink.writes[0].size());
+    out.writeEscaped(ChPair());
+    EXPECT_EQ(1u, sink.writes.size());
 }
 
 // In the middle of a Bag all writing goes on from the cursor and cuts off what lay behind.

@@ -100,7 +100,8 @@ public:
     void setTabSize(int n) { tabSize = n; }
 
     void begin(Writer& sink);
-    // Throws: LCA__Not_enough_closing_tags, LCA__Bad_indent; the sink's end_doc is then not called.
+    // Throws: LCA__Not_enough_closing_tags, LCA__Bad_indent; the sink's end_doc is then not called. Warning: with
+    // LCA__Bad_indent the closing brace of JSON is written already.
     void end();
     bool isRoot() const { return depth == 0; }
 

@@ -43,6 +43,18 @@ const char* findJsonYaml(const char* p, const char* end) {
         p, end, marksJsonYaml, [](char c) { return c == '"' || c == '\\' || static_cast<unsigned char>(c) < 0x20; });
 }
 
+// The bytes that the library's two functions replace are known; a client's own function is asked for each.
+template <class Take>
+void escapeText(MLDocOut::Escape function, const ChPair& s, Take take) {
+    if (function == velmora::detail::escapeXmlHtml) {
+        escapeStretches(function, findXmlHtml, s, take);
+    } else if (function == velmora::detail::escapeJsonYaml) {
+        escapeStretches(function, findJsonYaml, s, take);
+    } else {
+        escapeStretches(function, anyByte, s, take);
+    }
+}
+
 const char* literal(const char* text, int length, int& outLength) {
     outLength = length;
     return text;
@@ -94,11 +106,11 @@ const char* escapeJsonYaml(char c, int& length) {
 
 void MLDocOut::escapeString(Escape fn, const ChPair& s, ChArr& out) {
     std::size_t size = 0;
-    escapeStretches(fn, anyByte, s, [&](const char*, int n) { size += static_cast<std::size_t>(n); });
+    escapeText(fn, s, [&](const char*, int n) { size += static_cast<std::size_t>(n); });
     out.del();
     if (size == 0) return;
     char* p = out.data = new char[size + 1];
-    escapeStretches(fn, anyByte, s, [&](const char* text, int n) {
+    escapeText(fn, s, [&](const char* text, int n) {
         std::memcpy(p, text, static_cast<std::size_t>(n));
         p += n;
     });
@@ -106,7 +118,7 @@ void MLDocOut::escapeString(Escape fn, const ChPair& s, ChArr& out) {
 }
 
 void MLDocOut::escapeString(Escape fn, const ChPair& s, Bag& out) {
-    escapeStretches(fn, anyByte, s, [&](const char* text, int n) { out.putData(text, n); });
+    escapeText(fn, s, [&](const char* text, int n) { out.putData(text, n); });
 }
 
 void MLDocOut::escapeStringXMLHTML(const ChPair& s, ChArr& out) {
@@ -123,23 +135,16 @@ void MLDocOut::escapeStringJSONYAML(const ChPair& s, Bag& out) {
     escapeString(velmora::detail::escapeJsonYaml, s, out);
 }
 
+// By way of a copy, so that `s` may lie in the Bag that it is written to.
 void MLDocOut::writeEscaped(const ChPair& s) {
-    Stage stage(*this);
-    addEscaped(stage, s);
-    stage.flush();
+    Bag text;
+    escapeString(s, text);
+    if (!text.isEmpty()) write(text.data, text.size);
 }
 
-// Straight to the sink, in stretches. The bytes that the library's two functions replace are known; a client's own
-// function is asked for each.
+// Straight to the sink, in stretches.
 void MLDocOut::addEscaped(Stage& stage, const ChPair& s) {
-    auto toStage = [&stage](const char* text, int n) { stage.addBytes(text, n); };
-    if (escape == velmora::detail::escapeXmlHtml) {
-        escapeStretches(escape, findXmlHtml, s, toStage);
-    } else if (escape == velmora::detail::escapeJsonYaml) {
-        escapeStretches(escape, findJsonYaml, s, toStage);
-    } else {
-        escapeStretches(escape, anyByte, s, toStage);
-    }
+    escapeText(escape, s, [&stage](const char* text, int n) { stage.addBytes(text, n); });
 }
 
 // Most values need no escape: these are looked at and copied in one go.

@@ -34,8 +34,8 @@ struct MLDocOut::Optional {
     Optional(char byte, bool isThere) : c(byte), present(isThere) {}
     int length() const { return 1; }
     char* put(char* to) const {
-        *to = c;
-        return to + present;
+        if (present) *to++ = c;  // nothing may follow, and in a Bag there may be content here
+        return to;
     }
 };
 
@@ -161,7 +161,7 @@ private:
         Writer& sink = *out.writer;
         if (&typeid(sink) != &typeid(BagWriter)) return nullptr;
         Bag& bag = static_cast<BagWriter&>(sink);
-        return bag.bufferSize - bag.cursor >= kRoom + Run::kSlack ? &bag : nullptr;
+        return bag.cursor >= 0 && bag.bufferSize - bag.cursor >= kRoom + Run::kSlack ? &bag : nullptr;
     }
 
     // A part that may be longer than the stage.
