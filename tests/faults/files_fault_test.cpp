@@ -141,6 +141,28 @@ TEST_F(FilesFault, LoadIntoEachKind) {
              [&](const Fault& fault) { expectThrown(fault); });
 }
 
+// A line that ends because the disk fails is not one that ends with the file.
+TEST_F(FilesFault, ReadLineTellsAFailedReadFromTheEnd) {
+    int failedReads = 0;
+    failEach([&] { folder.write("file", "ab\ncd"); }, noting([&] {
+                 UTF8File file(path.c_str(), true);
+                 file.open(UTF8File::READ);
+                 char line[8];
+                 bool eof = false;
+                 while (!eof) file.readLine(line, sizeof line, &eof);
+             }),
+             [&](const Fault& fault) {
+                 if (fault.function != "fread") return;
+                 ++failedReads;
+                 EXPECT_EQ("LCA__Read_file_error LCA__Path_s(" + path + ")" +
+                               (fault.error == 0
+                                    ? ""
+                                    : std::string(" LCA__System_diagnostic_s(") + std::strerror(fault.error) + ")"),
+                           thrown);
+             });
+    EXPECT_LE(6, failedReads);
+}
+
 TEST_F(FilesFault, Save) {
     const std::string newContent(3000, 'n');
     const int faults =

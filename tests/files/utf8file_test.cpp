@@ -422,6 +422,30 @@ TEST(UTF8FileOpen, TooLongPathFailsWithADiagnostic) {
     EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
 
+#ifdef _WIN32
+// The longest path has 260 units, not bytes. Whether the system takes it is up to the system.
+TEST(UTF8FileOpen, PathOf260UnitsIsNotTooLong) {
+    TempFolder folder;
+    const std::string start = folder.file(".");
+    for (const char* unit : {"/.", "/\xC3\xA4"}) {
+        for (std::size_t units : {std::size_t{260}, std::size_t{261}}) {
+            SCOPED_TRACE(units);
+            std::string name = start;
+            std::size_t length = start.size();  // of ASCII
+            while (length + 2 <= units) {
+                name += unit;
+                length += 2;
+            }
+            if (length < units) name += 'x';
+            UTF8File file;
+            errno = 0;
+            file.open(name, UTF8File::READ);
+            EXPECT_EQ(units == 261, errno == ENAMETOOLONG) << name;
+        }
+    }
+}
+#endif
+
 // ---- paths are UTF-8 ----
 
 struct Name {

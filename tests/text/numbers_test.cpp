@@ -621,6 +621,7 @@ TEST(StrToNumberRange, NullAndInvertedAreNoNumbers) {
         EXPECT_EQ("no", outcome<unsigned>([&](unsigned* out) { return strtouint(b, e, out); }));
         EXPECT_EQ("no", outcome<std::int64_t>([&](std::int64_t* out) { return strtoint64(b, e, out); }));
         EXPECT_EQ("no", outcome<std::uint64_t>([&](std::uint64_t* out) { return strtouint64(b, e, out); }));
+        EXPECT_EQ("no", outcome<double>([&](double* out) { return strtodouble(b, e, out); }));
     }
 }
 
