@@ -27,6 +27,15 @@ static_assert(offsetof(ChPair, begin) == 0 && std::is_same_v<decltype(ChPair::be
 static_assert(offsetof(ChPair, end) == 8 && std::is_same_v<decltype(ChPair::end), char*>);
 static_assert(std::is_trivially_copyable_v<ChPair> && std::is_trivially_destructible_v<ChPair>);
 static_assert(std::is_standard_layout_v<ChPair>);
+// To make a view takes nothing that could fail.
+static_assert(std::is_nothrow_default_constructible_v<ChPair> && std::is_nothrow_copy_constructible_v<ChPair>);
+static_assert(std::is_nothrow_constructible_v<ChPair, const char*> &&
+              std::is_nothrow_assignable_v<ChPair&, const char*>);
+static_assert(std::is_nothrow_constructible_v<ChPair, const char*, const char*>);
+static_assert(std::is_nothrow_constructible_v<ChPair, const char*, int>);
+static_assert(std::is_nothrow_constructible_v<ChPair, const std::string&>);
+static_assert(std::is_nothrow_constructible_v<ChPair, const ChArr&>);
+static_assert(std::is_nothrow_constructible_v<ChPair, const CharVector&>);
 
 int sign(int result) { return (result > 0) - (result < 0); }
 

@@ -90,7 +90,7 @@ public:
 private:
     __m128i bytes_;
 
-    explicit Sse2Block(__m128i bytes) : bytes_(bytes) {}
+    explicit Sse2Block(__m128i bytes) noexcept : bytes_(bytes) {}
 };
 using Block = Sse2Block;
 #else

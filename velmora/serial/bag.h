@@ -69,7 +69,7 @@ public:
     // Equal content; cursors play no part.
     bool operator==(const Bag& s) const;
     bool operator!=(const Bag& s) const { return !(*this == s); }
-    operator ChPair() const { return ChPair(data, data + size); }
+    operator ChPair() const noexcept { return ChPair(data, data + size); }
 
     char* getData() const { return data; }
     int getSize() const { return size; }

@@ -84,7 +84,7 @@ public:
     operator const char*() const { return data; }
     // Never null: empty_string stands in.
     const char* operator()() const { return data ? data : empty_string; }
-    operator ChPair() { return ChPair(data, data + count); }
+    operator ChPair() noexcept { return ChPair(data, data + count); }
     std::string std() const { return data ? std::string(data, data + count) : std::string(); }
 
     // Order by unsigned bytes. Returns: a number of which only the sign has a meaning.

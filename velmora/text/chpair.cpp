@@ -17,8 +17,8 @@ void trim(ChPair& view, IsTrimmed isTrimmed) {
 
 }  // namespace
 
-ChPair::ChPair(const ChArr& s) : ChPair(static_cast<const char*>(s.data)) {}
-ChPair::ChPair(const CharVector& s) : ChPair(s.data, s.count) {}
+ChPair::ChPair(const ChArr& s) noexcept : ChPair(static_cast<const char*>(s.data)) {}
+ChPair::ChPair(const CharVector& s) noexcept : ChPair(s.data, s.count) {}
 
 std::string& ChPair::std(std::string& out) const {
     out.assign(begin ? begin : empty_string, size());

@@ -29,33 +29,33 @@ public:
     char* begin;  // first byte; null in the null view
     char* end;    // one behind the last byte; never read through
 
-    ChPair() : begin(nullptr), end(nullptr) {}
+    ChPair() noexcept : begin(nullptr), end(nullptr) {}
 
     // The text of `s` up to its terminator, which is not in the view. Null `s`: the null view.
-    ChPair(const char* s VELMORA_LIFETIMEBOUND) { assign(s, s ? s + std::strlen(s) : nullptr); }
-    ChPair(const char* b VELMORA_LIFETIMEBOUND, const char* e) { assign(b, e); }
-    ChPair(const char* s VELMORA_LIFETIMEBOUND, int n) { assign(s, s + n); }
-    ChPair(const std::string& s VELMORA_LIFETIMEBOUND) { assign(s.data(), s.data() + s.size()); }
-    ChPair(const ChArr& s VELMORA_LIFETIMEBOUND);
-    ChPair(const CharVector& s VELMORA_LIFETIMEBOUND);
+    ChPair(const char* s VELMORA_LIFETIMEBOUND) noexcept { assign(s, s ? s + std::strlen(s) : nullptr); }
+    ChPair(const char* b VELMORA_LIFETIMEBOUND, const char* e) noexcept { assign(b, e); }
+    ChPair(const char* s VELMORA_LIFETIMEBOUND, int n) noexcept { assign(s, s + n); }
+    ChPair(const std::string& s VELMORA_LIFETIMEBOUND) noexcept { assign(s.data(), s.data() + s.size()); }
+    ChPair(const ChArr& s VELMORA_LIFETIMEBOUND) noexcept;
+    ChPair(const CharVector& s VELMORA_LIFETIMEBOUND) noexcept;
 
     ChPair(const ChPair&) = default;
     ChPair(ChPair&&) = default;
     ChPair& operator=(const ChPair&) = default;
     ChPair& operator=(ChPair&&) = default;
-    ChPair& operator=(const char* s) { return *this = ChPair(s); }
-    ChPair& operator=(const std::string& s) { return *this = ChPair(s); }
-    ChPair& operator=(const ChArr& s) { return *this = ChPair(s); }
-    ChPair& operator=(const CharVector& s) { return *this = ChPair(s); }
-    void assign(const char* b, const char* e) {
+    ChPair& operator=(const char* s) noexcept { return *this = ChPair(s); }
+    ChPair& operator=(const std::string& s) noexcept { return *this = ChPair(s); }
+    ChPair& operator=(const ChArr& s) noexcept { return *this = ChPair(s); }
+    ChPair& operator=(const CharVector& s) noexcept { return *this = ChPair(s); }
+    void assign(const char* b, const char* e) noexcept {
         begin = const_cast<char*>(b);
         end = const_cast<char*>(e);
     }
 
     // Length in bytes. Limit: a view stays below 2 GiB.
-    int len() const { return static_cast<int>(end - begin); }
-    bool empty() const { return begin == end; }
-    void clear() { begin = end = nullptr; }
+    int len() const noexcept { return static_cast<int>(end - begin); }
+    bool empty() const noexcept { return begin == end; }
+    void clear() noexcept { begin = end = nullptr; }
 
     std::string std() const { return begin ? std::string(begin, end) : std::string(); }
     std::string& std(std::string& out) const;
@@ -107,12 +107,12 @@ public:
     bool equal_i_utf8(const std::string& s) const { return equal_i_utf8(ChPair(s)); }
     bool equal_i_utf8(const ChArr& s) const { return equal_i_utf8(ChPair(s)); }
 
-    bool operator==(const ChPair& s) const { return equal(s); }
-    bool operator==(const char* s) const { return equal(s); }
-    bool operator==(const std::string& s) const { return equal(s); }
-    bool operator!=(const ChPair& s) const { return !equal(s); }
-    bool operator!=(const char* s) const { return !equal(s); }
-    bool operator!=(const std::string& s) const { return !equal(s); }
+    bool operator==(const ChPair& s) const noexcept { return equal(s); }
+    bool operator==(const char* s) const noexcept { return equal(s); }
+    bool operator==(const std::string& s) const noexcept { return equal(s); }
+    bool operator!=(const ChPair& s) const noexcept { return !equal(s); }
+    bool operator!=(const char* s) const noexcept { return !equal(s); }
+    bool operator!=(const std::string& s) const noexcept { return !equal(s); }
     bool operator<(const ChPair& s) const { return compare(s) < 0; }
     bool operator<(const char* s) const { return compare(s) < 0; }
     bool operator<(const std::string& s) const { return compare(s) < 0; }
@@ -250,7 +250,7 @@ public:
     std::int64_t parseTime() const;
 
 private:
-    std::size_t size() const { return static_cast<std::size_t>(end - begin); }
+    std::size_t size() const noexcept { return static_cast<std::size_t>(end - begin); }
 };
 
 #endif
