@@ -1,6 +1,5 @@
 // velmora convert: a document of any form that is read, in any form that is written. The result is made in memory and
 // goes out when it is whole, so a failure leaves no half of a file.
-#include <velmora/files/utf8file.h>
 #include <velmora/markup/mldocout.h>
 
 #include <algorithm>
@@ -13,6 +12,7 @@
 #include "tools/items.h"
 #include "tools/output.h"
 #include "tools/report.h"
+#include "tools/save.h"
 #include "tools/status.h"
 
 namespace tool {
@@ -110,19 +110,12 @@ int convertDocument(MLDoc& doc, Conversion& conversion, Bag& result) {
     return kDone;
 }
 
-// A file that is there and is none, such as a device, cannot be replaced.
-bool isReplaceable(const std::string& path) {
-    UTF8File::Info info;
-    return !UTF8File::info(path, info, false) || (info.st_mode & S_IFMT) == S_IFREG;
-}
-
-void deliver(const Bag& result, const std::string& path) {
-    if (path.empty()) {
-        put(result.data, static_cast<std::size_t>(result.size));
-    } else if (isReplaceable(path)) {
-        UTF8File::safe_save(path.c_str(), result);
+void deliver(const Bag& result, const Arguments& arguments) {
+    const auto size = static_cast<std::size_t>(result.size);
+    if (arguments.has("-o")) {
+        saveFile(arguments.value("-o"), result.data, size);
     } else {
-        UTF8File::save(path.c_str(), result);
+        put(result.data, size);
     }
 }
 
@@ -133,7 +126,7 @@ int run(const Arguments& arguments, const Settings&) {
     try {
         const int status = readDocument(doc, arguments.operands[0],
                                         [&](MLDoc& loaded) { return convertDocument(loaded, conversion, result); });
-        if (status == kDone) deliver(result, arguments.value("-o"));
+        if (status == kDone) deliver(result, arguments);
         return status;
     } catch (const Bag::Exception&) {
         complain(arguments.operands[0] + ": the result is larger than 2 GB");
@@ -143,40 +136,41 @@ int run(const Arguments& arguments, const Settings&) {
 
 }  // namespace
 
-const Command convertCommand{"convert",
-                             "FILE --to FORM",
-                             "writes a document of one form in another",
-                             "Reads XML, JSON or YAML, and writes FORM: xml, json, yaml, html or csv. Every item and\n"
-                             "every value is kept: what FORM cannot hold is a failure that names the place. Comments\n"
-                             "and declarations are not carried over, nor are blanks and line ends between elements.\n"
-                             "\n"
-                             "  -o OUT         file to write; it is replaced when the result is whole\n"
-                             "  --compact      no line for each value\n"
-                             "  --tab N        blanks for each level, 0 for tabs\n"
-                             "  --eol lf|crlf  line ends: lf when not given; rows always end in CR LF\n"
-                             "  --root NAME    name of the item around all others where FORM needs one, or where the\n"
-                             "                 root of JSON or YAML has values: document when not given\n"
-                             "  --rows NAME    html, csv: the items that become rows; what lies outside of them is\n"
-                             "                 left out. When not given, the rows are the items that hold values, and\n"
-                             "                 all must have one name. There is a column for each name of a value,\n"
-                             "                 in the order in which the names come up.\n"
-                             "  --header       html, csv: a first row with the names of the columns\n"
-                             "  --raw-escapes  carries values over undecoded in which an escape is not known, such as\n"
-                             "                 \\n in JSON; without it they are failures\n"
-                             "\n"
-                             "The text of an XML element becomes a value named text where FORM has no content.\n",
-                             1,
-                             1,
-                             true,
-                             {{"--to", true, "xml json yaml html csv"},
-                              {"-o", true},
-                              {"--compact", false},
-                              {"--tab", true},
-                              {"--eol", true, "lf crlf"},
-                              {"--root", true},
-                              {"--rows", true},
-                              {"--header", false},
-                              {"--raw-escapes", false}},
-                             run};
+const Command convertCommand{
+    "convert",
+    "FILE --to FORM",
+    "writes a document of one form in another",
+    "Reads XML, JSON or YAML, and writes FORM: xml, json, yaml, html or csv. Every item and\n"
+    "every value is kept: what FORM cannot hold is a failure that names the place. Comments\n"
+    "and declarations are not carried over, nor are blanks and line ends between elements.\n"
+    "\n"
+    "  -o OUT         file to write; it is replaced when the result is whole, by way of OUT.tmp\n"
+    "  --compact      no line for each value\n"
+    "  --tab N        blanks for each level, 0 for tabs\n"
+    "  --eol lf|crlf  line ends: lf when not given; rows always end in CR LF\n"
+    "  --root NAME    name of the item around all others where FORM needs one, or where the\n"
+    "                 root of JSON or YAML has values: document when not given\n"
+    "  --rows NAME    html, csv: the items that become rows; what lies outside of them is\n"
+    "                 left out. When not given, the rows are the items that hold values, and\n"
+    "                 all must have one name. There is a column for each name of a value,\n"
+    "                 in the order in which the names come up.\n"
+    "  --header       html, csv: a first row with the names of the columns\n"
+    "  --raw-escapes  carries values over undecoded in which an escape is not known, such as\n"
+    "                 \\n in JSON; without it they are failures\n"
+    "\n"
+    "The text of an XML element becomes a value named text where FORM has no content.\n",
+    1,
+    1,
+    true,
+    {{"--to", true, "xml json yaml html csv"},
+     {"-o", true},
+     {"--compact", false},
+     {"--tab", true},
+     {"--eol", true, "lf crlf"},
+     {"--root", true},
+     {"--rows", true},
+     {"--header", false},
+     {"--raw-escapes", false}},
+    run};
 
 }  // namespace tool

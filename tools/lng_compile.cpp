@@ -1,5 +1,4 @@
 // velmora lng compile: makes a .lng file from the texts of an XLIFF file. Nothing is written unless every text is good.
-#include <velmora/files/utf8file.h>
 #include <velmora/text/utf.h>
 
 #include <set>
@@ -8,6 +7,7 @@
 #include "tools/lng.h"
 #include "tools/output.h"
 #include "tools/placeholders.h"
+#include "tools/save.h"
 #include "tools/shown.h"
 #include "tools/stamp.h"
 #include "tools/status.h"
@@ -74,7 +74,8 @@ void write(const std::string& path, const Xliff& xliff, std::uint32_t stamp) {
     LngFile file;
     file.stamp = stamp;
     for (const XliffUnit& unit : xliff.units) file.append(unit.text());
-    UTF8File::safe_save(path.c_str(), file.write());
+    const std::string bytes = file.write();
+    saveFile(path, bytes.data(), bytes.size());
     put(path + ": " + std::to_string(file.texts.size()) + " texts, stamp " + stampText(stamp) + '\n');
 }
 

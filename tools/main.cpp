@@ -27,15 +27,17 @@ const Command* const commands[] = {
 };
 
 const std::vector<OptionSpec> commonOptions = {
-    {"--help", false}, {"--lang", true, VELMORA_LANGUAGES}, {"--lang-dir", true}, {"--version", false}};
+    {"--help", false}, {"-h", false}, {"--lang", true, VELMORA_LANGUAGES}, {"--lang-dir", true}, {"--version", false}};
 
 constexpr std::size_t kSummaryColumn = 13;
 
 constexpr const char* kCommonHelp =
     "Common options:\n"
-    "  --lang LANG     language of the messages: eng when not given\n"
-    "  --lang-dir DIR  folder of the dictionaries\n"
-    "  --help          shows this help, or that of a command\n"
+    "  --lang LANG     language of the messages: " VELMORA_LANGUAGES
+    "; eng when not given\n"
+    "  --lang-dir DIR  folder of the dictionaries: lang beside the program or of its installation\n"
+    "                  when not given\n"
+    "  --help          shows this help, or that of a command; so does -h\n"
     "  --version       shows the version\n"
     "  --              ends the options\n"
     "\n"
@@ -99,7 +101,7 @@ public:
         if (!command && !name_.empty() && !isGroup(name_)) throw UsageError{"unknown command " + name_};
         reader_.readAll(optionsOf(command), arguments_);
         if (arguments_.has("--version")) return show("velmora " VELMORA_VERSION "\n");
-        if (arguments_.has("--help")) return showHelp();
+        if (arguments_.has("--help") || arguments_.has("-h")) return showHelp();
         if (!command) throw UsageError{"the name of a command is missing"};
         return runCommand(*command);
     }

@@ -1,4 +1,5 @@
 // velmora convert.
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -362,13 +363,29 @@ TEST_F(ToolConvert, OutputIsReplacedWhenTheResultIsWhole) {
     EXPECT_EQ(xmlOut + std::string("<a b=\"1\"/>\n"), read(document));
 }
 
+#ifndef _WIN32
+TEST_F(ToolConvert, OutputThatIsALinkStaysOne) {
+    const std::string document = folder.write("document.xml", "<a b=\"1\"/>");
+    const std::string target = folder.write("target", "old");
+    const std::string link = folder.file("link");
+    std::filesystem::create_symlink(target, link);
+    EXPECT_EQ(0, run({"convert", document, "--to", "xml", "--compact", "-o", link}).status);
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(xmlOut + std::string("<a b=\"1\"/>\n"), read(target));
+}
+#endif
+
 TEST_F(ToolConvert, OutputThatCannotBeWrittenIsAFailure) {
     const std::string document = folder.write("document.xml", "<a b=\"1\"/>");
     const ToolResult result = run({"convert", document, "--to", "json", "-o", folder.file("missing/out.json")});
     EXPECT_EQ(2, result.status);
     EXPECT_EQ(0U, result.err.find("[LCA__Cannot_open_file]")) << result.err;
+    EXPECT_EQ(2, run({"convert", document, "--to", "json", "-o", ""}).status);
 #ifndef _WIN32
-    EXPECT_EQ(2, run({"convert", document, "--to", "json", "-o", "/dev/full"}).status);
+    const std::string full = folder.file("full");
+    std::filesystem::create_symlink("/dev/full", full);
+    EXPECT_EQ(2, run({"convert", document, "--to", "json", "-o", full}).status);
+    EXPECT_TRUE(std::filesystem::is_character_file(full));
     EXPECT_EQ(2, startTool(folder, {"convert", document, "--to", "json"}, "/dev/full").status);
 #endif
 }

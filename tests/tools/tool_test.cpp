@@ -107,6 +107,8 @@ TEST_F(ToolHelp, NeedsNoDictionary) {
     };
     const Row rows[] = {
         {__LINE__, {"--help"}, "Usage: velmora [OPTION]... COMMAND [ARGUMENT]...\n"},
+        {__LINE__, {"-h"}, "Usage: velmora [OPTION]... COMMAND [ARGUMENT]...\n"},
+        {__LINE__, {"check", "-h"}, "Usage: velmora check FILE...\n"},
         {__LINE__, {"help"}, "Usage: velmora [OPTION]... COMMAND [ARGUMENT]...\n"},
         {__LINE__, {"help", "lng"}, "Usage: velmora [OPTION]... COMMAND [ARGUMENT]...\n"},
         {__LINE__, {"lng", "--help"}, "Usage: velmora [OPTION]... COMMAND [ARGUMENT]...\n"},
