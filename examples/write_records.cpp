@@ -50,8 +50,11 @@ void writeAll(const std::string& path, MLDocBase::Format format) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: write_records FOLDER/\n");
+    Loc::Loader texts;
+    texts.addModule(new Loc::VelmoraModule);
+    std::string error;
+    if (argc != 3 || !texts.load(argv[2], "eng", &error)) {
+        std::fprintf(stderr, "%s\n", argc == 3 ? error.c_str() : "usage: write_records FOLDER/ FOLDER-OF-TEXTS/");
         return 2;
     }
     const std::string base = std::string(argv[1]) + "records.";

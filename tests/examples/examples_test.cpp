@@ -72,13 +72,14 @@ TEST(Examples, ReadSettings) {
     EXPECT_EQ("window.title = Notes & Tasks", lines[1]);
     run("read_settings", {data + "broken/truncated.xml", texts}, 1);
     run("read_settings", {data + "broken/utf16.xml", texts}, 1);
+    run("read_settings", {data + "../../README.md", texts}, 1);
     run("read_settings", {data + "settings.xml"}, 2);
     run("read_settings", {data + "settings.xml", native(VELMORA_SOURCE_DIR "/")}, 2);
 }
 
 TEST(Examples, WriteRecords) {
     support::TempFolder folder;
-    EXPECT_EQ(std::vector<std::string>(), run("write_records", {folder.path() + "/"}));
+    EXPECT_EQ(std::vector<std::string>(), run("write_records", {folder.path() + "/", texts}));
     const std::string rows =
         "\"Earth & Moon\",1,6371.000000,\"\",\"rocky\"\r\n"
         "\"Eris\",1,1163.000000,\"2005-01-05T00:00:00\",\"rocky ice\"\r\n";
@@ -95,7 +96,8 @@ TEST(Examples, WriteRecords) {
     const std::string json = support::dumpWalk(folder.read("records.json"));
     EXPECT_EQ(json, support::dumpWalk(folder.read("records.yaml")));
     EXPECT_NE(std::string::npos, json.find("planet(name=Eris,moons=1,")) << json;
-    run("write_records", {folder.path() + "/missing/"}, 1);
+    run("write_records", {folder.path() + "/missing/", texts}, 1);
+    run("write_records", {folder.path() + "/"}, 2);
 }
 
 TEST(Examples, OwnMessages) {

@@ -158,7 +158,8 @@ public:
     static void save(const char* path, const Bag& bag);
     static void save(const char* path, const std::string& text) { save(path, text.data(), text.size()); }
 
-    // Write `path` + ".tmp", remove the old file, rename. A failure up to the close of the
+    // Write `path` + ".tmp", whatever was there, remove the old file, rename. The new file has the access rights of any new file,
+    // and takes the place of a link. A failure up to the close of the
     // temporary leaves the old file; from a failed removal on the temporary is complete, and stays. Warning: between removal
     // and rename there is no file at `path`.
     static void safe_save(const char* path, const void* data, std::uint64_t size);

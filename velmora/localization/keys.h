@@ -1,5 +1,6 @@
 // The library's own messages: number of each text in dictionary VELMORA_DICT, named after what the text says.
-// "_s" at the end marks a text with a string parameter, "_d" one with integers.
+// "_s" at the end marks a text with a string parameter, "_d" one with integers. So do two names without it:
+// LCA__Could_not_get_information_for and LCA__Invalid_date_required_format_is take a string.
 #ifndef VELMORA_LOCALIZATION_KEYS_H
 #define VELMORA_LOCALIZATION_KEYS_H
 

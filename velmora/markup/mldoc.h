@@ -94,6 +94,7 @@ public:
     };
 
     // Delivers the attributes of a token. For XML the destructor puts the cursor behind the tag.
+    // Warning: also while a failure passes through; a place that formMessage tells behind it is that of the tag's end.
     class VELMORA_API AttributeIterator {
     public:
         MLDoc* doc;          // not owned
@@ -138,7 +139,7 @@ public:
     // Read a document from a file, from a copy of memory, or from a Bag, which is left empty. Limit: 100,000,000
     // bytes. After a steal use a fresh object: release does not reset the cursor when there is no block.
     // Throws: LCA__Too_big_file, LCA__Too_short_file, LCA__UTF_16_BOM_is_not_supported, LCA__Unknown_text_format,
-    // LCA__XML_header_is_not_found_or, LCA__Specified_encoding_is_not, and the failures of UTF8File::load.
+    // LCA__Specified_encoding_is_not, the failures of UTF8File::load and, bare, of what stands in an XML declaration.
     void load(const char* path);
     void load(const char* name, const char* data, int size);
     void load(const char* name, Bag& bag);

@@ -184,7 +184,8 @@ public:
     bool getIds(int* dict, int* id) const;
 
     // The message as text, from TTT::dictionaries or from another table of six loaders. Never throws: what cannot be
-    // rendered ends the text there. Moves the cursor, and restores it unless the message is wrong for its template.
+    // rendered ends the text there, such as a message whose dictionary is not loaded: its text is empty.
+    // Moves the cursor, and restores it unless the message is wrong for its template.
     void translate(std::string& out) const;
     void translate(std::string& out, IDLocLoader** loaders) const;
     void translate(CharVector& out) const;
