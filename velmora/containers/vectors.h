@@ -56,7 +56,10 @@ public:
     SimpleVector(const ObjectVector<T>&) = delete;
     SimpleVector(const RealVector<T>&) = delete;
     SimpleVector(const StringVector<T>&) = delete;
-    ~SimpleVector() { deallocate(); }
+    ~SimpleVector() {
+        static_assert(std::is_trivially_copyable<T>::value, "items are moved as bytes");
+        deallocate();
+    }
 
     // Invalidates: everything. After an exhausted memory the vector must not be used again.
     void operator=(const SimpleVector& s);
@@ -303,7 +306,6 @@ void SimpleVector<T>::zero() {
 
 template <class T>
 void SimpleVector<T>::init(const SimpleVector& s) {
-    static_assert(std::is_trivially_copyable<T>::value, "items are moved as bytes");
     data = nullptr;
     count = allocateCount = s.count;
     if (count == 0) return;

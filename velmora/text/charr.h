@@ -196,4 +196,14 @@ private:
     void replaceWith(utf16_t* text);
 };
 
+// The other way round. Without these, C++17 would compare the addresses of two texts.
+inline bool operator==(const char* a, const ChArr& b) { return b == a; }
+inline bool operator!=(const char* a, const ChArr& b) { return !(b == a); }
+inline bool operator==(const char* a, const ChPair& b) { return b == a; }
+inline bool operator!=(const char* a, const ChPair& b) { return b != a; }
+inline bool operator==(const ChPair& a, const ChArr& b) { return a.equal(b); }
+inline bool operator!=(const ChPair& a, const ChArr& b) { return !a.equal(b); }
+inline bool operator==(const ChArr& a, const ChPair& b) { return b.equal(a); }
+inline bool operator!=(const ChArr& a, const ChPair& b) { return !b.equal(a); }
+
 #endif

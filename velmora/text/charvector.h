@@ -156,4 +156,12 @@ protected:
     void init_str(const char* s) { init(s, s ? std::strlen(s) : 0); }
 };
 
+// The other way round. Without these, C++17 would compare the addresses of two texts.
+inline bool operator==(const char* a, const CharVector& b) { return b == a; }
+inline bool operator!=(const char* a, const CharVector& b) { return b != a; }
+inline bool operator==(const ChPair& a, const CharVector& b) { return b == a; }
+inline bool operator!=(const ChPair& a, const CharVector& b) { return b != a; }
+inline bool operator==(const ChArr& a, const CharVector& b) { return b == a; }
+inline bool operator!=(const ChArr& a, const CharVector& b) { return b != a; }
+
 #endif
