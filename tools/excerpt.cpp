@@ -2,24 +2,26 @@
 #include "tools/excerpt.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "tools/shown.h"
 
 namespace tool {
 namespace {
 
-constexpr int kColumns = 76;        // of a long line that are shown
-constexpr int kColumnsBefore = 48;  // those in front of the mark
+constexpr int kColumns = 76;           // of a long line that are shown
+constexpr int kColumnsBefore = 48;     // those in front of the mark
+constexpr std::ptrdiff_t kLook = 512;  // bytes to each side of the mark, more than can be shown
 constexpr const char* kCut = "...";
 constexpr const char* kReplacement = "\xEF\xBF\xBD";  // U+FFFD
 
 bool isContinuation(char c) { return (c & 0xC0) == 0x80; }
 
-// The line without its end and without the mark of UTF-8 that may open a document, which takes no column.
+// The line, or so much of it as may be shown, without its end and without the mark of UTF-8 that may open a document, which takes no column.
 ChPair lineAround(const ChPair& text, const char* place) {
     const char* begin = place;
-    while (begin != text.begin && begin[-1] != '\n') --begin;
-    const char* end = std::find(place, static_cast<const char*>(text.end), '\n');
+    while (begin != text.begin && place - begin < kLook && begin[-1] != '\n') --begin;
+    const char* end = std::find(place, place + std::min(kLook, text.end - place), '\n');
     if (end != begin && end[-1] == '\r') --end;
     ChPair line(begin, end);
     if (begin == text.begin && line.hasPrefix("\xEF\xBB\xBF")) line.begin += 3;

@@ -52,6 +52,16 @@ TEST(Excerpt, ShowsTheLineAndThePlace) {
     }
 }
 
+// However long a line is, no more of it is looked at than is shown.
+TEST(Excerpt, LineWithoutAnEndIsCut) {
+    const std::string text(10000, 'x');
+    const std::string lines = tool::excerpt(text, 5000);
+    EXPECT_EQ("..." + std::string(76, 'x') + "...\n" + std::string(51, ' ') + "^\n", lines);
+    std::string wide;
+    while (wide.size() < 10000) wide += "\xE2\x82\xAC";
+    EXPECT_EQ(0u, tool::excerpt(wide, 5000).find("...\xE2\x82\xAC"));
+}
+
 TEST(Excerpt, LongLinesAreCutAroundThePlace) {
     const std::string line = std::string(1000, 'a') + 'X' + std::string(1000, 'b');
     EXPECT_EQ("..." + std::string(48, 'a') + "X" + std::string(27, 'b') + "...\n" + std::string(51, ' ') + "^\n",
