@@ -310,6 +310,14 @@ TYPED_TEST(EveryVector, AppendGrowsByTheSteps) {
     for (int i = 0; i < v.count; ++i) ASSERT_TRUE(this->item(i) == v.data[i]) << i;
 }
 
+TYPED_TEST(EveryVector, ExpandBeyondTheLimitIsExhaustedMemory) {
+    TypeParam v;
+    this->fill(v, 3);
+    EXPECT_THROW(v.expand((1 << 30) + 1), std::bad_alloc);
+    EXPECT_EQ(3, v.count);
+    EXPECT_EQ(16, v.allocateCount);
+}
+
 TYPED_TEST(EveryVector, ExpandMakesRoomAndKeepsTheItems) {
     TypeParam v;
     this->fill(v, 3);

@@ -381,6 +381,9 @@ TEST(BagWrite, PlaceOutsideIsRefused) {
         {__LINE__, INT_MAX, [](Bag& bag) { bag.reserve(1); }},
         {__LINE__, 2, [](Bag& bag) { bag.reserve(INT_MAX); }},
         {__LINE__, 2, [](Bag& bag) { bag.insSpace(0, INT_MAX); }},
+        {__LINE__, 2, [](Bag& bag) { bag.expand((1 << 30) + 1); }},
+        {__LINE__, 2, [](Bag& bag) { bag.expand(INT_MAX); }},
+        {__LINE__, 1 << 30, [](Bag& bag) { bag.putChar('x'); }},
         {__LINE__, 0, [](Bag& bag) { bag.insSpace(2, INT_MAX - 1); }},
     };
     for (const Row& row : rows) {

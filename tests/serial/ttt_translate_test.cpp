@@ -662,6 +662,19 @@ TEST_F(TTTTranslate, MissingParameterEndsTheText) {
     }
 }
 
+// A message from outside may hold a %C in a program that has none.
+TEST_F(TTTTranslate, WithoutAHookItEndsTheText) {
+    const HookScope none(nullptr, nullptr);
+    TTT message("ab%Ccd");
+    message < "text";
+    std::string string;
+    message.translate(string);
+    EXPECT_EQ("ab", string);
+    CharVector vector;
+    message.translate(vector);
+    EXPECT_STREQ("ab", vector.data);
+}
+
 TEST_F(TTTTranslate, HalfAParameterEndsTheText) {
     expectRows({
         {__LINE__, [](TTT& m) { m = "a%d", m.getData().putStringNZ("bcd"); }, "a", kRestored},

@@ -4,8 +4,10 @@
 
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -95,6 +97,29 @@ TEST(MemoryRecommend, FollowsTheSteps) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.line);
         EXPECT_EQ(row.capacity, memory_recommend(row.size));
+    }
+}
+
+TEST(CharVectorMemoryRecommend, SizeBeyondTheLimitHasNone) {
+    EXPECT_GT(0, memory_recommend(1073741825));
+    EXPECT_GT(0, memory_recommend(INT_MAX));
+}
+
+// Neither hangs nor counts beyond an int; the text that would be copied is not looked at.
+TEST(CharVectorGrowth, BeyondTheLimitIsExhaustedMemory) {
+    for (const std::size_t n : {std::size_t{1} << 30, std::size_t{INT_MAX} - 4, std::size_t{INT_MAX}, SIZE_MAX}) {
+        SCOPED_TRACE(n);
+        CharVector text("text");
+        EXPECT_THROW(text.append("more", n), std::bad_alloc);
+        EXPECT_EQ(4, text.count);
+        EXPECT_STREQ("text", text.data);
+    }
+    for (const int n : {1 << 30, INT_MAX - 4, INT_MAX}) {
+        SCOPED_TRACE(n);
+        CharVector text("text");
+        EXPECT_THROW(text.insert(4, n), std::bad_alloc);
+        EXPECT_EQ(4, text.count);
+        EXPECT_STREQ("text", text.data);
     }
 }
 

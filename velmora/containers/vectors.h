@@ -18,6 +18,7 @@
 #include <cassert>
 #include <cstdlib>
 #include <cstring>
+#include <new>
 #include <string>
 #include <type_traits>
 
@@ -331,7 +332,7 @@ template <class T>
 void SimpleVector<T>::expand(int n) {
     if (n <= allocateCount) return;
     int capacity = memory_recommend(n);
-    if (capacity < 1) return;
+    if (capacity < 1) throw std::bad_alloc();
     T* block = new T[capacity];
     if (count != 0) std::memcpy(static_cast<void*>(block), data, sizeof(T) * static_cast<std::size_t>(count));
     deallocate();

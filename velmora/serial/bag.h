@@ -10,7 +10,7 @@
 // Values are little-endian; short, int, 64-bit and double values are aligned to their width, counted from the start
 // of the content. Every write ends with size = cursor: writing in the middle cuts off what lay behind.
 // Failure: a read of what is not there throws Bag::Exception, and the content is as it was. Memory that runs out is
-// std::bad_alloc. Requires: contents stay below 1 GiB; growth beyond does not return.
+// std::bad_alloc. Requires: contents stay below 1 GiB; growth beyond throws Exception.
 // Lifetime: a pointer into the block dies with the next growth, pack, clear or destruction.
 #ifndef VELMORA_SERIAL_BAG_H
 #define VELMORA_SERIAL_BAG_H

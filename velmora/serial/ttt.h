@@ -74,7 +74,7 @@ public:
     static velmora::detail::IdLocalization* localizations[6];
     static const char** stringids[6];
 
-    // What %C appends, one for each kind of result. Null at first: Requires: set before a %C is rendered.
+    // What %C appends, one for each kind of result. Null at first: a %C then ends the text, as an unknown letter does.
     static void (*translate_custom_std_string)(const char* text, std::string& out);
     static void (*translate_custom_char_vector)(const char* text, CharVector& out);
 

@@ -18,16 +18,11 @@ constexpr int kPositionalMax = 32;
 constexpr int kNumberMax = 21;  // bytes of a 64-bit number and its terminator
 
 void appendText(std::string& out, const char* s, std::size_t n) { out.append(s, n); }
-// A vector does not grow beyond 1 GiB, and a short message may name a long text again and again.
-void appendText(CharVector& out, const char* s, std::size_t n) {
-    constexpr std::size_t kMost = std::size_t{1} << 30;
-    if (n >= kMost - static_cast<std::size_t>(out.count)) throw std::bad_alloc();
-    out.append(s, n);
-}
+void appendText(CharVector& out, const char* s, std::size_t n) { out.append(s, n); }
 void clearText(std::string& out) { out.clear(); }
 void clearText(CharVector& out) { out.clear(); }
-void callHook(const char* text, std::string& out) { TTT::translate_custom_std_string(text, out); }
-void callHook(const char* text, CharVector& out) { TTT::translate_custom_char_vector(text, out); }
+auto hookFor(const std::string&) { return TTT::translate_custom_std_string; }
+auto hookFor(const CharVector&) { return TTT::translate_custom_char_vector; }
 
 // The text of a reference, or null for a bad one: a number out of range, or a dictionary that has no texts (yet).
 // The count comes from the registered table whatever loaders are used.
@@ -139,9 +134,12 @@ private:
             case 's':
                 append(bag_.getStringPtr());
                 return true;
-            case 'C':
-                callHook(bag_.getStringPtr(), out_);
+            case 'C': {
+                const char* text = bag_.getStringPtr();
+                if (!hookFor(out_)) return false;
+                hookFor(out_)(text, out_);
                 return true;
+            }
             case 'i':
                 return renderReference();
             case '{':

@@ -1,17 +1,35 @@
 #include <velmora/text/charvector.h>
 
+#include <climits>
+#include <new>
+
 namespace {
+
 constexpr int kSmallest = 16;
 constexpr int kNext = 256;
 constexpr int kPage = 4096;
 constexpr int kLarge = 65536;
+
+// Bytes of a text of `count` bytes and `n` more, with the terminator.
+int roomFor(int count, std::size_t n) {
+    if (n >= static_cast<std::size_t>(INT_MAX - count)) throw std::bad_alloc();
+    return count + static_cast<int>(n) + 1;
+}
+
+// A block for `need` bytes, whose size goes to `capacity`.
+char* newBlock(int need, int& capacity) {
+    capacity = memory_recommend(need);
+    if (capacity < 0) throw std::bad_alloc();
+    return new char[static_cast<std::size_t>(capacity)];
+}
+
 }  // namespace
 
 int memory_recommend(int size) {
     if (size <= kSmallest) return kSmallest;
     int capacity = size < kPage ? kNext : size < kLarge ? kPage : kLarge;
-    // In unsigned arithmetic, so that a size beyond the limit wraps and is not undefined.
-    while (capacity < size) capacity = static_cast<int>(static_cast<unsigned>(capacity) * 2);
+    // In unsigned arithmetic, so that a size beyond the limit wraps below 0 and is not undefined.
+    while (capacity > 0 && capacity < size) capacity = static_cast<int>(static_cast<unsigned>(capacity) * 2);
     return capacity;
 }
 
@@ -63,12 +81,12 @@ void CharVector::assign(const char* s, std::size_t n) {
 
 void CharVector::append(const char* s, std::size_t n) {
     if (n == 0) return;
-    int need = count + static_cast<int>(n) + 1;
+    const int need = roomFor(count, n);
     if (need <= allocateCount) {
         std::memmove(data + count, s, n);
     } else {
-        int capacity = memory_recommend(need);
-        char* text = new char[capacity];
+        int capacity;
+        char* text = newBlock(need, capacity);
         if (count != 0) std::memcpy(text, data, static_cast<std::size_t>(count));
         std::memcpy(text + count, s, n);  // before the old text goes: `s` may lie in it
         delete[] data;
@@ -111,10 +129,10 @@ char* CharVector::prepare(int n) {
 char* CharVector::insert(int pos, int n) {
     if (n <= 0 || pos < 0 || pos > count) return nullptr;
     auto tail = static_cast<std::size_t>(count - pos);
-    int need = count + n + 1;
+    const int need = roomFor(count, static_cast<std::size_t>(n));
     if (need > allocateCount) {
-        int capacity = memory_recommend(need);
-        char* text = new char[capacity];
+        int capacity;
+        char* text = newBlock(need, capacity);
         if (pos != 0) std::memcpy(text, data, static_cast<std::size_t>(pos));
         if (tail != 0) std::memcpy(text + pos + n, data + pos, tail);
         delete[] data;

@@ -19,7 +19,7 @@ template <class T>
 class SimpleVector;
 
 // The capacity to allocate for a wanted size, for text, vectors and Bag alike: 16, then 256, then the smallest
-// power of two that reaches it. Requires: `size` is at most 1,073,741,824; a greater one does not return.
+// power of two that reaches it. Limit: 1,073,741,824; a greater size has no capacity, which is told by a negative number.
 VELMORA_API int memory_recommend(int size);
 
 class VELMORA_API CharVector {
