@@ -271,6 +271,25 @@ TEST(UTF8FileLoad, FolderIsNeverASuccess) {
 }
 #endif
 
+// As a block of negative length leaves it: the bytes in front of a Bag, or behind it, are not written.
+TEST(UTF8FileBag, ContentOfNegativeSizeIsWrittenAsNone) {
+    TempFolder folder;
+    Bag bag;
+    bag.putLong(-104);
+    bag.toBegin();
+    bag.beginBlock();
+    ASSERT_EQ(-100, bag.size);
+    UTF8File::save(folder.file("saved").c_str(), bag);
+    EXPECT_EQ("", folder.read("saved"));
+    UTF8File::safe_save(folder.file("saved safely").c_str(), bag);
+    EXPECT_EQ("", folder.read("saved safely"));
+    UTF8File file(folder.file("records"), true);
+    file.open(UTF8File::WRITE);
+    EXPECT_TRUE(file.push(bag));
+    file.close();
+    EXPECT_EQ(std::string(4, '\0'), folder.read("records"));
+}
+
 TEST(UTF8FileLoad, LimitIsTheLargestSizeAccepted) {
     TempFolder folder;
     const std::string name = folder.write("a", "0123456789");

@@ -413,6 +413,47 @@ TEST(MLDocLoad, HundredMillionBytesOfMemoryLoad) {
     EXPECT_EQ(MLDocBase::XML, doc.format);
 }
 
+// Whatever length and format a document tells that holds nothing, there is nothing to step through.
+TEST(MLDocLoad, DocumentWithoutABlockHasNoTokens) {
+    for (const char* former : {"<a b=\"1\"><c/></a>", "{\"a\":[{\"b\":1}]}", "---\na:\n- b: 1\n"}) {
+        SCOPED_TRACE(former);
+        MLDoc doc;
+        doc.load("former", former, static_cast<int>(std::strlen(former)));
+        EXPECT_THROW(doc.load("refused", "hello", 5), TTT);
+        MLDoc::Token token;
+        MLDoc::Attribute attribute;
+        EXPECT_FALSE(doc.step(token));
+        EXPECT_FALSE(doc.attribute(token, attribute));
+        MLDoc::Token root;
+        MLDoc::ChildIterator children(&doc, root);
+        EXPECT_FALSE(children());
+    }
+}
+
+// A content that ends in front of its Bag is none that a document could be made of.
+TEST(MLDocLoad, BagOfNegativeSizeIsRefused) {
+    Bag bag("<!-\xFF", 4);
+    bag.beginBlock();
+    ASSERT_GT(0, bag.size);
+    MLDoc doc;
+    EXPECT_EQ("LCA__Too_big_file LCA__Path_s(bag)", support::thrownMessage([&] { doc.load("bag", bag); }));
+    EXPECT_EQ(nullptr, doc.buffer);
+}
+
+// A walk that goes on with the token of a failed step may put the position anywhere.
+TEST(MLDocGetPosition, BehindTheDocumentIsItsEnd) {
+    MLDoc doc;
+    doc.load("name", "<a>\n<b/></a>", 12);
+    for (const std::uint32_t position : {12u, 13u, 1000000u, UINT32_MAX}) {
+        SCOPED_TRACE(position);
+        doc.position = position;
+        int line = 0, column = 0;
+        doc.getPosition(line, column);
+        EXPECT_EQ(1, line);
+        EXPECT_EQ(1, column);
+    }
+}
+
 TEST(MLDocLoad, MoreThanHundredMillionBytesOfMemoryAreRefused) {
     // The block is not looked at, so it need not be that long.
     for (int size : {100'000'001, INT_MAX, -1, INT_MIN}) {

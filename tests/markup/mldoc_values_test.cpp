@@ -318,13 +318,24 @@ TEST(MLDocConvertEscapeChArr, ReplacesTheText) {
     }
 }
 
-TEST(MLDocConvertEscapeChArr, FailureLeavesABlockWithoutATerminator) {
+TEST(MLDocConvertEscapeChArr, FailureLeavesWhatWasDecoded) {
     MLDoc doc;
     doc.format = MLDocBase::XML;
     ChArr out("text that was there before");
     EXPECT_EQ("LCA__Unsupported_escape_sequence", support::thrownMessage([&] { doc.convertEscape("a&lt;b&x;", out); }));
-    ASSERT_NE(nullptr, out.data);
-    EXPECT_EQ(0, std::memcmp(out.data, "a<b", 3));
+    EXPECT_STREQ("a<b", out.data);
+}
+
+TEST(MLDocConvertEscapeCharVector, FailureLeavesNothingThatWasNotDecoded) {
+    MLDoc doc;
+    doc.format = MLDocBase::XML;
+    CharVector out;
+    EXPECT_EQ("LCA__Unsupported_escape_sequence", support::thrownMessage([&] { doc.convertEscape("a&lt;b&x;", out); }));
+    EXPECT_EQ(std::string("a<b\0\0\0\0\0\0", 9), out.std());
+    // A value may lie in the text that it is decoded to.
+    CharVector own("a&lt;b");
+    doc.convertEscape(ChPair(own.data, own.count), own);
+    EXPECT_STREQ("a<b", own.data);
 }
 
 // ---- std::string ----

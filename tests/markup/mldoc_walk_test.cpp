@@ -588,6 +588,14 @@ TEST(MLDocContent, FollowsAttributesThatWereReadInPart) {
     EXPECT_EQ(23u, s.doc.position);
 }
 
+TEST(MLDocContent, BeginsBehindTheTagWhateverItsValuesHold) {
+    Stepped s("<a x=\"1\" y=\"</b>\">text</a>");
+    MLDoc::Attribute attribute;
+    ASSERT_TRUE(s.doc.attribute(s.token, attribute));
+    EXPECT_EQ("text", s.doc.content(s.token).std());
+    EXPECT_EQ(s.doc.length, s.doc.position);
+}
+
 TEST(MLDocContent, RefusesWhatIsNotTextAndAnEndTag) {
     static const struct {
         int line;

@@ -48,6 +48,9 @@ std::uint64_t loadInto(const char* path, std::uint64_t limit, Allocate allocate)
     return static_cast<std::uint64_t>(size);
 }
 
+// A block of negative length leaves a content that ends in front of the Bag.
+int sizeOf(const Bag& bag) { return std::max(bag.size, 0); }
+
 void writeWhole(UTF8File& file, const void* data, std::uint64_t size) {
     file.open(UTF8File::WRITE);
     if (size != 0) file.write(data, static_cast<int>(size));
@@ -101,7 +104,7 @@ void UTF8File::save(const char* path, const void* data, std::uint64_t size) {
     writeWhole(file, data, size);
 }
 
-void UTF8File::save(const char* path, const Bag& bag) { save(path, bag.data, static_cast<std::uint64_t>(bag.size)); }
+void UTF8File::save(const char* path, const Bag& bag) { save(path, bag.data, static_cast<std::uint64_t>(sizeOf(bag))); }
 
 void UTF8File::safe_save(const char* path, const void* data, std::uint64_t size) {
     UTF8File temporary(std::string(path) + ".tmp", true);
@@ -111,10 +114,13 @@ void UTF8File::safe_save(const char* path, const void* data, std::uint64_t size)
 }
 
 void UTF8File::safe_save(const char* path, const Bag& bag) {
-    safe_save(path, bag.data, static_cast<std::uint64_t>(bag.size));
+    safe_save(path, bag.data, static_cast<std::uint64_t>(sizeOf(bag)));
 }
 
-bool UTF8File::push(Bag& bag) { return write(bag.size) && write(bag.data, bag.size); }
+bool UTF8File::push(Bag& bag) {
+    const int size = sizeOf(bag);
+    return write(size) && write(bag.data, size);
+}
 
 bool UTF8File::pop(Bag& bag) {
     int length;

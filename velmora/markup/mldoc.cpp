@@ -86,7 +86,7 @@ void MLDoc::load(const char* name, const char* data, int size) {
 void MLDoc::load(const char* name, Bag& bag) {
     xml_char_classes_prepare();
     release();
-    if (bag.size > static_cast<int>(kMostBytes)) return refuse(name, LCA__Too_big_file);
+    if (static_cast<std::uint32_t>(bag.size) > kMostBytes) return refuse(name, LCA__Too_big_file);
     fileName = name;
     int size;
     buffer = bag.steal(size);
@@ -166,6 +166,7 @@ void MLDoc::readDeclaration(const char* name) {
 }
 
 bool MLDoc::step(Token& token) {
+    if (!buffer) return false;  // refused, released or stolen, whatever `length` still tells
     switch (format) {
         case JSON:
             return step_json(token);
@@ -177,6 +178,7 @@ bool MLDoc::step(Token& token) {
 }
 
 bool MLDoc::attribute(const Token& token, Attribute& attribute) {
+    if (!buffer) return false;
     switch (format) {
         case JSON:
             return attribute_json(token, attribute);
@@ -193,7 +195,7 @@ unsigned MLDoc::passAttributes(const Token& token) const {
 
 void MLDoc::getPosition(int& line, int& column) const {
     line = column = 1;
-    if (position == 0 || position == length || !buffer) return;
+    if (position == 0 || position >= length || !buffer) return;
     std::uint32_t offset = 0;
     if (position >= cachedOffset) {
         line = cachedLine;

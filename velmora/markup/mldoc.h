@@ -57,7 +57,8 @@ public:
     static const std::uint64_t TokenNameMax = 512;
     static const std::uint64_t AttributeNameMax = 512;
 
-    // The cursor of a walk, owned by the caller. One token serves a whole walk.
+    // The cursor of a walk, owned by the caller. One token serves a whole walk. Warning: a failure leaves what was set by then;
+    // a view of it may have its new begin and its former end, so none may be used.
     struct VELMORA_API Token {
         ChPair name;           // not set for comments and declarations: the previous name stays
         ChPair body;           // XML: the tag, '<' to '>'. A null begin marks a token that was never stepped

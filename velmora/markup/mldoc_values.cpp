@@ -86,13 +86,17 @@ void MLDoc::convertEscape(const ChPair& value, CharVector& out) const {
         out.truncate();
         return;
     }
-    out.cutTo(convertEscape(value, out.prepare(value.len())));
+    const char* former = out.data;
+    char* text = out.prepare(value.len());
+    // What a value leaves behind that is refused half way; in the former block the value itself may lie.
+    if (text != former) std::memset(text, 0, static_cast<std::size_t>(value.len()));
+    out.cutTo(convertEscape(value, text));
 }
 
 void MLDoc::convertEscape(const ChPair& value, ChArr& out) const {
     out.del();
-    out.data = new char[static_cast<std::size_t>(value.len()) + 1];
-    out.data[convertEscape(value, out.data)] = 0;
+    out.data = new char[static_cast<std::size_t>(value.len()) + 1]();  // ended wherever decoding stops
+    convertEscape(value, out.data);
 }
 
 void MLDoc::convertEscape(const ChPair& value, std::string& out) const {

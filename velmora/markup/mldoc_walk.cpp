@@ -1,5 +1,7 @@
 // Walking: iterators over children and attributes, and the look-ups that stand on them. All of it works through step and
 // attribute, whatever the format.
+#include <algorithm>
+
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldoc.h>
 #include <velmora/serial/ttt.h>
@@ -71,6 +73,8 @@ ChPair MLDoc::getAttributeValue(const Token& token, const ChPair& name) {
 
 ChPair MLDoc::content(Token& token) {
     if (format != XML) throw TTT(VELMORA_DICT, LCA__Cannot_read_plain_content_for);
+    // Attributes may have been read in part, and a value may hold a '<'.
+    if (token.body.end) position = std::max(position, static_cast<std::uint32_t>(token.body.end - buffer));
     Token next = token;
     if (token.closing || !step_xml(next) || next.opening || !next.closing) {
         throw TTT(VELMORA_DICT, LCA__Pair_token_not_found);
