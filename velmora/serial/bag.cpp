@@ -8,11 +8,6 @@
 
 #include <velmora/text/charvector.h>
 
-Bag::Bag(const void* src, int n) : Bag() {
-    putData(src, n);
-    cursor = 0;
-}
-
 namespace {
 
 // Where `n` bytes at `start` end. A believed length may have put `start` or the size of a content below 0.
@@ -22,6 +17,11 @@ int endBehind(int start, int n) {
 }
 
 }  // namespace
+
+Bag::Bag(const void* src, int n) : Bag() {
+    putData(src, n);
+    cursor = 0;
+}
 
 Bag::Bag(const Bag& s) : Bag() {
     if (s.size == 0) return;

@@ -17,10 +17,6 @@ constexpr int kDictionaries = 6;
 constexpr int kPositionalMax = 32;
 constexpr int kNumberMax = 21;  // bytes of a 64-bit number and its terminator
 
-void appendText(std::string& out, const char* s, std::size_t n) { out.append(s, n); }
-void appendText(CharVector& out, const char* s, std::size_t n) { out.append(s, n); }
-void clearText(std::string& out) { out.clear(); }
-void clearText(CharVector& out) { out.clear(); }
 auto hookFor(const std::string&) { return TTT::translate_custom_std_string; }
 auto hookFor(const CharVector&) { return TTT::translate_custom_char_vector; }
 
@@ -77,7 +73,7 @@ private:
     char positionalNumbers_[kPositionalMax][kNumberMax];
     int positionalCount_ = 0;
 
-    void append(const char* s) { appendText(out_, s, std::strlen(s)); }
+    void append(const char* s) { out_.append(s, std::strlen(s)); }
 
     const char* readReference() {
         int dictionary = bag_.getLong();
@@ -99,7 +95,7 @@ private:
     bool renderTemplate(const char* p) {
         positionalCount_ = 0;
         while (const char* percent = std::strchr(p, '%')) {
-            appendText(out_, p, static_cast<std::size_t>(percent - p));
+            out_.append(p, static_cast<std::size_t>(percent - p));
             p = percent + 1;
             if (!renderPlaceholder(p)) return false;
         }
@@ -111,7 +107,7 @@ private:
     bool renderPlaceholder(const char*& p) {
         switch (*p++) {
             case '%':
-                appendText(out_, "%", 1);
+                out_.append("%", 1);
                 return true;
             case 'd':
                 return appendNumber("%d", bag_.getLong());
@@ -237,7 +233,7 @@ template <class Result>
 void render(Bag& message, IDLocLoader** loaders, Result& out) {
     int savedCursor = message.tell();
     try {
-        clearText(out);
+        out.clear();
         if (!Rendering<Result>(message, loaders, out).run()) return;
     } catch (...) {
     }
