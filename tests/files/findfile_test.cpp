@@ -477,10 +477,10 @@ TEST_F(FindFileTest, CopyGoesOnWhereTheOriginalWas) {
     EXPECT_EQ(names, rest(target));
 }
 
-TEST_F(FindFileTest, TenThousandEntries) {
+TEST_F(FindFileTest, ThousandsOfEntries) {
     const char* const words[] = {"file", "\xC3\xA9", "\xD0\x9C", "\xE6\x97\xA5", "\xE2\x82\xAC"};
     Names names;
-    for (int i = 0; i < 10000; ++i) {
+    for (int i = 0; i < 2000; ++i) {
         names.push_back(words[i % 5] + std::to_string(i));
         folder.write(names.back(), "");
     }

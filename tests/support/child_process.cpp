@@ -1,6 +1,8 @@
 #include "tests/support/child_process.h"
 
 #include <algorithm>
+#include <cstring>
+#include <memory>
 #include <stdexcept>
 
 #ifdef _WIN32
@@ -8,6 +10,7 @@
 
 #include <velmora/text/charr.h>
 #else
+#include <fcntl.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/socket.h>
@@ -37,13 +40,63 @@ std::string nativePath(std::string path) {
 
 std::string commandLine(const std::vector<std::string>& words) {
     std::string line = '"' + nativePath(words[0]) + '"';
-    for (std::size_t i = 1; i < words.size(); ++i) line += " \"" + words[i] + '"';
+    for (std::size_t i = 1; i < words.size(); ++i) {
+        line += " \"" + words[i];
+        if (!words[i].empty() && words[i].back() == '\\') line += '\\';
+        line += '"';
+    }
     return line;
+}
+
+// What a process gets of this one. Closed when it has got it.
+struct Streams {
+    HANDLE input = nullptr;
+    HANDLE output = nullptr;
+    HANDLE errors = nullptr;
+    ~Streams() {
+        closeHandle(input);
+        closeHandle(output);
+        closeHandle(errors);
+    }
+};
+
+SECURITY_ATTRIBUTES inheritable() { return {sizeof(SECURITY_ATTRIBUTES), nullptr, TRUE}; }
+
+HANDLE openStream(const std::string& path, DWORD access, DWORD disposition) {
+    SECURITY_ATTRIBUTES attributes = inheritable();
+    const ChArr16 wide(nativePath(path).c_str());
+    HANDLE file = CreateFileW(wide.asCharPtr(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, &attributes, disposition,
+                              FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) throw std::runtime_error("cannot open " + path);
+    return file;
+}
+
+HANDLE startProcess(const std::vector<std::string>& words, const Streams& streams) {
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof startup;
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = streams.input;
+    startup.hStdOutput = streams.output;
+    startup.hStdError = streams.errors ? streams.errors : GetStdHandle(STD_ERROR_HANDLE);
+    PROCESS_INFORMATION information = {};
+    ChArr16 line(commandLine(words).c_str());
+    if (!CreateProcessW(nullptr, line.data, nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &information)) {
+        throw std::runtime_error("cannot start " + words[0] + ": error " + std::to_string(GetLastError()));
+    }
+    CloseHandle(information.hThread);
+    return information.hProcess;
+}
+
+int endOfProcess(HANDLE process) {
+    WaitForSingleObject(process, INFINITE);
+    DWORD status = kKilled;
+    GetExitCodeProcess(process, &status);
+    return status == kKilled ? -1 : static_cast<int>(status);
 }
 
 // A pipe of which the other process inherits one end.
 void makePipe(HANDLE& own, HANDLE& inherited, bool ownWrites) {
-    SECURITY_ATTRIBUTES attributes = {sizeof attributes, nullptr, TRUE};
+    SECURITY_ATTRIBUTES attributes = inheritable();
     HANDLE reading = nullptr;
     HANDLE writing = nullptr;
     if (!CreatePipe(&reading, &writing, &attributes, 0)) throw std::runtime_error("no pipe");
@@ -65,25 +118,13 @@ struct ChildProcess::Handles {
     }
 };
 
-ChildProcess::ChildProcess(const std::vector<std::string>& words) : handles_(new Handles) {
-    STARTUPINFOW startup = {};
-    startup.cb = sizeof startup;
-    startup.dwFlags = STARTF_USESTDHANDLES;
-    makePipe(handles_->input, startup.hStdInput, true);
-    makePipe(handles_->output, startup.hStdOutput, false);
-    startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-    PROCESS_INFORMATION information = {};
-    ChArr16 line(commandLine(words).c_str());
-    const BOOL started =
-        CreateProcessW(nullptr, line.data, nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup, &information);
-    closeHandle(startup.hStdInput);
-    closeHandle(startup.hStdOutput);
-    if (!started) {
-        delete handles_;
-        throw std::runtime_error("cannot start " + words[0]);
-    }
-    CloseHandle(information.hThread);
-    handles_->process = information.hProcess;
+ChildProcess::ChildProcess(const std::vector<std::string>& words) {
+    auto handles = std::make_unique<Handles>();
+    Streams streams;
+    makePipe(handles->input, streams.input, true);
+    makePipe(handles->output, streams.output, false);
+    handles->process = startProcess(words, streams);
+    handles_ = handles.release();
 }
 
 void ChildProcess::send(const std::string& line) {
@@ -101,14 +142,59 @@ void ChildProcess::closeInput() { closeHandle(handles_->input); }
 
 void ChildProcess::terminate() { TerminateProcess(handles_->process, kKilled); }
 
-int ChildProcess::waitForEnd() {
-    WaitForSingleObject(handles_->process, INFINITE);
-    DWORD status = kKilled;
-    GetExitCodeProcess(handles_->process, &status);
-    return status == kKilled ? -1 : static_cast<int>(status);
+int ChildProcess::waitForEnd() { return endOfProcess(handles_->process); }
+
+int runProgram(const std::vector<std::string>& words, const std::string& output, const std::string& errors) {
+    HANDLE process = nullptr;
+    {
+        Streams streams;
+        streams.input = openStream("NUL", GENERIC_READ, OPEN_EXISTING);
+        streams.output = openStream(output, GENERIC_WRITE, CREATE_ALWAYS);
+        streams.errors = openStream(errors, GENERIC_WRITE, CREATE_ALWAYS);
+        process = startProcess(words, streams);
+    }
+    const int status = endOfProcess(process);
+    CloseHandle(process);
+    return status;
 }
 
 #else
+
+namespace {
+
+// What is done in the new process before the program begins.
+class FileActions {
+public:
+    FileActions() { posix_spawn_file_actions_init(&actions_); }
+    FileActions(const FileActions&) = delete;
+    FileActions& operator=(const FileActions&) = delete;
+    ~FileActions() { posix_spawn_file_actions_destroy(&actions_); }
+
+    void duplicate(int from, int to) { posix_spawn_file_actions_adddup2(&actions_, from, to); }
+    void open(int descriptor, const std::string& path, int flags) {
+        posix_spawn_file_actions_addopen(&actions_, descriptor, path.c_str(), flags, 0666);
+    }
+    pid_t start(const std::vector<std::string>& words) const {
+        std::vector<char*> arguments;
+        for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
+        arguments.push_back(nullptr);
+        pid_t process = -1;
+        const int error = posix_spawn(&process, arguments[0], &actions_, nullptr, arguments.data(), environ);
+        if (error != 0) throw std::runtime_error("cannot start " + words[0] + ": " + std::strerror(error));
+        return process;
+    }
+
+private:
+    posix_spawn_file_actions_t actions_;
+};
+
+int endOfProcess(pid_t process) {
+    int status = 0;
+    if (waitpid(process, &status, 0) != process) return -1;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+}  // namespace
 
 struct ChildProcess::Handles {
     pid_t process = -1;
@@ -116,24 +202,22 @@ struct ChildProcess::Handles {
     ~Handles() { close(channel); }
 };
 
-ChildProcess::ChildProcess(const std::vector<std::string>& words) : handles_(new Handles) {
+ChildProcess::ChildProcess(const std::vector<std::string>& words) {
+    auto handles = std::make_unique<Handles>();
     int ends[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) throw std::runtime_error("no socket pair");
-    handles_->channel = ends[0];
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDIN_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    std::vector<char*> arguments;
-    for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    const int error = posix_spawn(&handles_->process, arguments[0], &actions, nullptr, arguments.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    close(ends[1]);
-    if (error != 0) {
-        delete handles_;
-        throw std::runtime_error("cannot start " + words[0]);
+    handles->channel = ends[0];
+    FileActions actions;
+    actions.duplicate(ends[1], STDIN_FILENO);
+    actions.duplicate(ends[1], STDOUT_FILENO);
+    try {
+        handles->process = actions.start(words);
+    } catch (...) {
+        close(ends[1]);
+        throw;
     }
+    close(ends[1]);
+    handles_ = handles.release();
 }
 
 void ChildProcess::send(const std::string& line) {
@@ -149,10 +233,14 @@ void ChildProcess::signal(int number) { ::kill(handles_->process, number); }
 
 void ChildProcess::terminate() { signal(SIGKILL); }
 
-int ChildProcess::waitForEnd() {
-    int status = 0;
-    if (waitpid(handles_->process, &status, 0) != handles_->process) return -1;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+int ChildProcess::waitForEnd() { return endOfProcess(handles_->process); }
+
+int runProgram(const std::vector<std::string>& words, const std::string& output, const std::string& errors) {
+    FileActions actions;
+    actions.open(STDIN_FILENO, "/dev/null", O_RDONLY);
+    actions.open(STDOUT_FILENO, output, O_WRONLY | O_CREAT | O_TRUNC);
+    actions.open(STDERR_FILENO, errors, O_WRONLY | O_CREAT | O_TRUNC);
+    return endOfProcess(actions.start(words));
 }
 
 #endif

@@ -1,4 +1,4 @@
-// A program started beside the test, with its standard input and output in the test's hands.
+// Programs started by a test: beside it, with their standard input and output in the test's hands, or to their end.
 #ifndef VELMORA_TESTS_SUPPORT_CHILD_PROCESS_H
 #define VELMORA_TESTS_SUPPORT_CHILD_PROCESS_H
 
@@ -7,9 +7,13 @@
 
 namespace support {
 
+// Runs a program to its end: its path and its words, none of which has a quotation mark. It has nothing to read, and what it
+// writes goes into the files `output` and `errors`. Returns: as ChildProcess::wait. Throws when it cannot be started.
+int runProgram(const std::vector<std::string>& words, const std::string& output, const std::string& errors);
+
 class ChildProcess {
 public:
-    // The path of the program and its words, none of which has a quotation mark. Throws when it cannot be started.
+    // The path of the program and its words, as above. Throws when it cannot be started.
     explicit ChildProcess(const std::vector<std::string>& words);
     ChildProcess(const ChildProcess&) = delete;
     void operator=(const ChildProcess&) = delete;
@@ -35,7 +39,7 @@ public:
 
 private:
     struct Handles;
-    Handles* handles_;
+    Handles* handles_ = nullptr;
     bool running_ = true;
     int status_ = -1;
 

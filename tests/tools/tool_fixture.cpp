@@ -1,36 +1,9 @@
 #include "tests/tools/tool_fixture.h"
 
-#include <algorithm>
-#include <cstdlib>
-
+#include "tests/support/child_process.h"
 #include "tests/support/message.h"
 
-#ifdef _WIN32
-#include <velmora/text/charr.h>
-#else
-#include <sys/wait.h>
-#endif
-
 namespace {
-
-#ifdef _WIN32
-// The shell takes a slash for an option. A build for Windows on another system has paths of that system, which Wine
-// shows on drive Z.
-std::string nativePath(std::string path) {
-    if (!path.empty() && path[0] == '/') path.insert(0, "Z:");
-    std::replace(path.begin(), path.end(), '/', '\\');
-    return path;
-}
-std::string word(const std::string& text) { return text; }
-int execute(const std::string& command) { return _wsystem(ChArr16(command.c_str()).asCharPtr()); }
-#else
-std::string nativePath(const std::string& path) { return path; }
-std::string word(const std::string& text) { return '\'' + text + '\''; }
-int execute(const std::string& command) {
-    const int status = std::system(command.c_str());
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-#endif
 
 void appendWord(std::string& out, std::uint32_t value) {
     for (int shift = 0; shift < 32; shift += 8) out += static_cast<char>(value >> shift & 0xFF);
@@ -51,12 +24,10 @@ std::string placeholders(const std::string& key) {
 
 ToolResult startTool(const support::TempFolder& folder, const std::vector<std::string>& words,
                      const std::string& device) {
-    std::string command = VELMORA_EMULATOR;
-    if (!command.empty()) command += ' ';
-    command += word(nativePath(VELMORA_TOOL));
-    for (const std::string& text : words) command += ' ' + word(text);
-    const std::string out = device.empty() ? nativePath(folder.file("stdout.txt")) : device;
-    const int status = execute(command + " >" + word(out) + " 2>" + word(nativePath(folder.file("stderr.txt"))));
+    std::vector<std::string> line = {VELMORA_TOOL};
+    line.insert(line.end(), words.begin(), words.end());
+    const int status =
+        support::runProgram(line, device.empty() ? folder.file("stdout.txt") : device, folder.file("stderr.txt"));
     return {status, device.empty() ? folder.read("stdout.txt") : std::string(), folder.read("stderr.txt")};
 }
 

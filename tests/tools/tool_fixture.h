@@ -12,8 +12,8 @@
 #include "tests/support/temp_folder.h"
 
 // The command line's own files; the folder of test documents; see CMakeLists.txt.
-#if !defined(VELMORA_TOOL) || !defined(VELMORA_EMULATOR) || !defined(VELMORA_EXAMPLES_DIR)
-#error "VELMORA_TOOL, VELMORA_EMULATOR and VELMORA_EXAMPLES_DIR must be defined"
+#if !defined(VELMORA_TOOL) || !defined(VELMORA_EXAMPLES_DIR)
+#error "VELMORA_TOOL and VELMORA_EXAMPLES_DIR must be defined"
 #endif
 
 struct ToolResult {
@@ -22,7 +22,7 @@ struct ToolResult {
     std::string err;
 };
 
-// Starts the tool with these words; paths in them have no blanks. Its streams go through files in `folder`, but when a
+// Starts the tool with these words, none of which has a quotation mark. Its streams go through files in `folder`, but when a
 // `device` is given, standard output goes there.
 ToolResult startTool(const support::TempFolder& folder, const std::vector<std::string>& words,
                      const std::string& device = std::string());
