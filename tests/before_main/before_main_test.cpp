@@ -42,7 +42,8 @@ private:
 
     static const char* firstFailure() {
         if (!chr_tables_prepare_done) return "chr_tables_prepare_done is not set";
-        if (chr_types_table_ascii['z'] != 'L' || chr_types_table_ascii[' '] != 'W') return "chr_types_table_ascii";
+        if (chr_types_table_ascii[int{'z'}] != 'L' || chr_types_table_ascii[int{' '}] != 'W')
+            return "chr_types_table_ascii";
         if (strcmp_i_ascii("early", "EARLY") != 0) return "strcmp_i_ascii does not fold";
         if (strcmp_i_ascii("early", "birds") != 1) return "strcmp_i_ascii takes different texts for the same";
         char text[] = "Early 1";

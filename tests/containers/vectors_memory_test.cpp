@@ -8,14 +8,7 @@
 
 #include "tests/support/allocations.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#define VELMORA_TEST_LEAK_CHECK 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define VELMORA_TEST_LEAK_CHECK 1
-#endif
-#endif
-#ifdef VELMORA_TEST_LEAK_CHECK
+#ifdef VELMORA_TEST_ASAN
 #include <sanitizer/lsan_interface.h>
 #endif
 
@@ -30,14 +23,14 @@ const char* const kNoText = nullptr;
 class AllowedLeak {
 public:
     AllowedLeak() {
-#ifdef VELMORA_TEST_LEAK_CHECK
+#ifdef VELMORA_TEST_ASAN
         __lsan_disable();
 #endif
     }
     AllowedLeak(const AllowedLeak&) = delete;
     void operator=(const AllowedLeak&) = delete;
     ~AllowedLeak() {
-#ifdef VELMORA_TEST_LEAK_CHECK
+#ifdef VELMORA_TEST_ASAN
         __lsan_enable();
 #endif
     }

@@ -877,10 +877,14 @@ TEST(StructVectorChPair, ConstItemsAreReadInPlace) {
 
 // Only a count that no vector gets by itself makes a block too large to ask for.
 TEST(SimpleVectorInit, ImpossibleByteSizeIsABadArrayLength) {
+#ifdef VELMORA_TEST_ASAN
+    GTEST_SKIP() << "AddressSanitizer ends the program at an impossible allocation";
+#else
     SimpleVector<ChPair> source;
     source.count = -1;
     EXPECT_THROW(SimpleVector<ChPair> copy(source), std::bad_array_new_length);
     source.count = 0;
+#endif
 }
 
 const void* searchedKey = nullptr;
@@ -1040,11 +1044,14 @@ TEST(ArrayVectorInsertPtr, NewItemsAreNull) {
     EXPECT_EQ(v.data + 1, gap);
     EXPECT_EQ("a - - b", shown(v));
     gap[1] = strnew("x");
-    EXPECT_EQ(v.data + 4, v.insertPtr(4, 1));
+    gap = v.insertPtr(4, 1);
+    EXPECT_EQ(v.data + 4, gap);
     EXPECT_EQ("a - x b -", shown(v));
-    EXPECT_EQ(v.data, v.insertPtr(0, 0));
+    gap = v.insertPtr(0, 0);
+    EXPECT_EQ(v.data, gap);
     EXPECT_EQ("a - x b -", shown(v));
-    EXPECT_EQ(v.data + 5, v.insertPtr(5, 20));
+    gap = v.insertPtr(5, 20);
+    EXPECT_EQ(v.data + 5, gap);
     EXPECT_EQ(25, v.count);
     EXPECT_EQ(256, v.allocateCount);
     for (int i = 5; i < 25; ++i) EXPECT_EQ(nullptr, v.data[i]);

@@ -491,7 +491,7 @@ bool isComplete(const std::string& text) {
 }
 
 TEST_F(FilesFault, ProcessKilledInSafeSaveLeavesACompleteCopy) {
-#ifdef __SANITIZE_ADDRESS__
+#ifdef VELMORA_TEST_ASAN
     constexpr int kKills = 100;  // a process of this size takes long to fork
 #else
     constexpr int kKills = 1000;

@@ -724,9 +724,9 @@ TEST(UTF8FileTyped, ValuesAreTheirBytesInMemory) {
     long long ll;
     unsigned long long ull;
     std::size_t size;
-    EXPECT_TRUE(file.read(c) && file.read(yes) && file.read(no) && file.read(i) && file.read(u) && file.read(f));
-    EXPECT_TRUE(file.read(d) && file.read(i64) && file.read(u64) && file.read(ll) && file.read(ull));
-    EXPECT_TRUE(file.read(size));
+    ASSERT_TRUE(file.read(c) && file.read(yes) && file.read(no) && file.read(i) && file.read(u) && file.read(f));
+    ASSERT_TRUE(file.read(d) && file.read(i64) && file.read(u64) && file.read(ll) && file.read(ull));
+    ASSERT_TRUE(file.read(size));
     EXPECT_EQ('A', c);
     EXPECT_TRUE(yes);
     EXPECT_FALSE(no);

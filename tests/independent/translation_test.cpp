@@ -357,10 +357,10 @@ TEST_F(Translation, TooFewAndTooManyPlaceholders) {
         {__LINE__, TTT("abc") < -1 < "hey" <= "!", "abchey!"},
         {__LINE__, TTT("abc") < -2 < 0 < 0, "abczero"},
         {__LINE__, TTT("abc") < -3 < 4 < 77 <= "d", "abcd"},
-        {__LINE__, TTT("%{1}") << 1 << 2 <= "b", "1", 24},
+        {__LINE__, (TTT("%{1}") << 1 << 2) <= "b", "1", 24},
         // One placeholder too many reads on into the next segment.
         {__LINE__, TTT("%d%d") < 5 <= "b", "5-1"},
-        {__LINE__, TTT("%{1}%{2}") << 5 <= "b", "5", 28},
+        {__LINE__, (TTT("%{1}%{2}") << 5) <= "b", "5", 28},
         {__LINE__, TTT("%s,%s") < "a" <= "b",
          "a,\xFF\xFF\xFF\xFF"
          "b"},
@@ -438,9 +438,9 @@ TEST_F(Translation, Positional) {
         {__LINE__, TTT("%{1}") << "%{1}%d", "%{1}%d"},
         {__LINE__, TTT("%{1}d}") << 1, "1d}"},
         // Skipped over is read all the same, so the next segment is found.
-        {__LINE__, TTT("%{2}") << 1 << 2 <= "!", "2!"},
+        {__LINE__, (TTT("%{2}") << 1 << 2) <= "!", "2!"},
         // Each template has its own numbers.
-        {__LINE__, (TTT("%{1}") << 1 <= "%{2}%{1}") << 2 << 3, "132"},
+        {__LINE__, ((TTT("%{1}") << 1) <= "%{2}%{1}") << 2 << 3, "132"},
         // Both kinds share the cursor, and the formatted numbers outlive the sequential ones.
         {__LINE__, (TTT("%{1} %d %{1} %x") << 7) < 9 < 10, "7 9 7 a"},
         {__LINE__, (TTT("%d %{1} %{1}") < 9) << "p", "9 p p"},
@@ -577,8 +577,8 @@ TEST_F(Translation, PositionalTags) {
     EXPECT_EQ(static_cast<int>(TTT::PARAM_UINT64), 252361954);
     EXPECT_EQ(static_cast<int>(TTT::PARAM_STRING), 252361955);
     // The 8-byte value aligns to 8 behind its tag.
-    check(__LINE__, TTT("abc%{1}") << std::int64_t{-3} <= "!", "abc-3!");
-    check(__LINE__, TTT("abc %{1}...") << std::int64_t{-3} <= "!", "abc -3...!");
+    check(__LINE__, (TTT("abc%{1}") << std::int64_t{-3}) <= "!", "abc-3!");
+    check(__LINE__, (TTT("abc %{1}...") << std::int64_t{-3}) <= "!", "abc -3...!");
 }
 
 TEST_F(Translation, Dictionaries) {

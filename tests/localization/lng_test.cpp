@@ -52,12 +52,10 @@ const int kCount = 4;
 const std::string kText = bytes(
     "Hello\0\xC3\xBC"
     "b\0");
-const char* const kStrings[kCount] = {
-    "\xC3\xBC"
-    "b",
-    "Hello", "lo", ""};
+const char* const kStrings[kCount] = {("\xC3\xBC"
+                                       "b"),
+                                      "Hello", "lo", ""};
 const int kStarts[kCount] = {6, 0, 3, 5};
-const std::size_t kTextOffset = 44;
 
 // The same four strings in both byte orders, word for word.
 std::string goodFile(Order order) {

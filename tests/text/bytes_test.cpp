@@ -18,15 +18,6 @@
 #include "tests/support/guard_page.h"
 #include "tests/support/table_scope.h"
 
-// AddressSanitizer ends the program at a request that the allocator can only refuse.
-#if defined(__SANITIZE_ADDRESS__)
-#define VELMORA_TEST_ASAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define VELMORA_TEST_ASAN 1
-#endif
-#endif
-
 namespace {
 
 using namespace std::string_literals;

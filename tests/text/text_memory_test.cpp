@@ -344,7 +344,7 @@ TEST(UtfMemory, NothingAllocates) {
     putch_utf8(c, bytes, bytes + sizeof bytes);
     chrback_utf8(text, chrpass_utf8(text, end));
     strcmp_i_utf8(text, end, bytes, bytes + 4);
-    strfind_i_utf8(text, end, "C", "C" + 1);
+    strfind_i_utf8(text, end, "C", &"C"[1]);
     strup_utf8(text, end);
     strlw_utf8(text, end);
     const long allocations = counter.allocations();
