@@ -676,6 +676,15 @@ TYPED_TEST(EveryVector, StealFromAVectorLeavesItNull) {
     this->expectNull(__LINE__, v);
 }
 
+TYPED_TEST(EveryVector, StealFromItselfLosesTheItems) {
+    TypeParam v;
+    this->fill(v, 3);
+    v.stealFrom(v);
+    EXPECT_EQ(nullptr, v.data);
+    EXPECT_EQ(0, v.count);
+    EXPECT_EQ(0, v.allocateCount);
+}
+
 TYPED_TEST(EveryVector, SortsAllOrARange) {
     using Item = typename TestFixture::T;
     TypeParam v;

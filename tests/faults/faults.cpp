@@ -25,6 +25,7 @@ faults::Fault lastFault;
 std::map<std::string, int> allOf;  // what fails at every call, with its error
 std::map<std::string, int> calls;  // that got through
 const char* textToGive = nullptr;
+const wchar_t* timeToGive = nullptr;
 
 // Whether this call is to fail; errno is then set.
 bool fails(const char* function) {
@@ -72,14 +73,23 @@ WRAP(int, stat, (const char* path, struct stat* info), (path, info), -1)
 WRAP(int, ftruncate, (int file, off_t size), (file, size), -1)
 WRAP(FILE*, fdopen, (int file, const char* mode), (file, mode), nullptr)
 
-WRAP(std::size_t, wcsftime, (wchar_t * out, std::size_t size, const wchar_t* format, const std::tm* t),
-     (out, size, format, t), 0)
 WRAP(int, fstatat, (int folder, const char* path, struct stat* info, int flags), (folder, path, info, flags), -1)
 
 extern "C" const char* __real_strerrordesc_np(int error);
 extern "C" const char* __wrap_strerrordesc_np(int error);
 extern "C" const char* __wrap_strerrordesc_np(int error) {
     return textToGive ? textToGive : __real_strerrordesc_np(error);
+}
+
+extern "C" std::size_t __real_wcsftime(wchar_t* out, std::size_t size, const wchar_t* format, const std::tm* t);
+extern "C" std::size_t __wrap_wcsftime(wchar_t* out, std::size_t size, const wchar_t* format, const std::tm* t);
+extern "C" std::size_t __wrap_wcsftime(wchar_t* out, std::size_t size, const wchar_t* format, const std::tm* t) {
+    if (fails("wcsftime")) return 0;
+    if (!timeToGive) return __real_wcsftime(out, size, format, t);
+    const std::size_t length = std::wcslen(timeToGive);
+    if (length >= size) return 0;
+    std::wmemcpy(out, timeToGive, length + 1);
+    return length;
 }
 
 // The stream is gone also when its close fails.
@@ -159,6 +169,10 @@ AllFail::~AllFail() {
 CallCounter::CallCounter() { calls.clear(); }
 
 int CallCounter::of(const std::string& function) const { return calls[function]; }
+
+TimeText::TimeText(const wchar_t* text) { timeToGive = text; }
+
+TimeText::~TimeText() { timeToGive = nullptr; }
 
 SystemText::SystemText(const char* text) { textToGive = text; }
 

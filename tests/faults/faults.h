@@ -51,6 +51,15 @@ public:
     ~SystemText();
 };
 
+// The text of every time, while it lives.
+class TimeText {
+public:
+    explicit TimeText(const wchar_t* text);
+    TimeText(const TimeText&) = delete;
+    void operator=(const TimeText&) = delete;
+    ~TimeText();
+};
+
 }  // namespace faults
 
 #endif

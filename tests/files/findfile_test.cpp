@@ -477,6 +477,15 @@ TEST_F(FindFileTest, CopyGoesOnWhereTheOriginalWas) {
     EXPECT_EQ(names, rest(target));
 }
 
+#ifdef _WIN32
+// To the system the name ends at the zero that the stray byte becomes.
+TEST_F(FindFileTest, MaskWithAZeroInItFindsNothing) {
+    folder.write("file", "");
+    EXPECT_EQ(Names(), listed(base + "\\\xE0"));
+    EXPECT_EQ(Names(), listed(base + "\xE0\\*"));
+}
+#endif
+
 TEST_F(FindFileTest, ThousandsOfEntries) {
     const char* const words[] = {"file", "\xC3\xA9", "\xD0\x9C", "\xE6\x97\xA5", "\xE2\x82\xAC"};
     Names names;

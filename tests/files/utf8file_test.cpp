@@ -446,6 +446,11 @@ TEST(UTF8FileOpen, PathOf260UnitsIsNotTooLong) {
 }
 #endif
 
+TEST(UTF8File, ClosedFileHasNoHandle) {
+    UTF8File file;
+    EXPECT_EQ(-1, file.handle());
+}
+
 // ---- paths are UTF-8 ----
 
 struct Name {

@@ -242,6 +242,50 @@ void expectLoads(const std::string& name, std::uint64_t limit, const std::string
     }
 }
 
+TEST(UTF8FileWhole, NullPathCannotBeOpened) {
+    const std::string expected = "LCA__Cannot_open_file";
+    ArrayHolder<char> array;
+    ChArr text;
+    Bag bag("x", 1);
+    std::string string;
+    CharVector vector;
+    EXPECT_EQ(expected, thrownMessage([&] { UTF8File::load(nullptr, array, 10, true); }));
+    EXPECT_EQ(expected, thrownMessage([&] { UTF8File::load(nullptr, text, 10, true); }));
+    EXPECT_EQ(expected, thrownMessage([&] { UTF8File::load(nullptr, bag, 10, true); }));
+    EXPECT_EQ(expected, thrownMessage([&] { UTF8File::load(nullptr, string, 10); }));
+    EXPECT_EQ(expected, thrownMessage([&] { UTF8File::load(nullptr, vector, 10); }));
+    for (const char* data : {"", "x"}) {
+        EXPECT_EQ(expected, thrownMessage([&] { UTF8File::save(nullptr, data, std::strlen(data)); }));
+        EXPECT_EQ(expected, thrownMessage([&] { UTF8File::safe_save(nullptr, data, std::strlen(data)); }));
+    }
+    EXPECT_EQ(expected, thrownMessage([&] { UTF8File::save(nullptr, bag); }));
+    EXPECT_EQ(expected, thrownMessage([&] { UTF8File::safe_save(nullptr, std::string("x")); }));
+}
+
+#ifdef _WIN32
+// A stray byte and a character beyond 16 bits can be a zero to the system, which would then take the name in front of it.
+TEST(UTF8FileWhole, NameWithAZeroInItIsNotAnotherFile) {
+    for (const char* tail : {"\xE0", "\xE0.txt", "\xF0\xA0\x80\x80", "\xF0\x90\x80\x80x"}) {
+        SCOPED_TRACE(tail);
+        TempFolder folder;
+        folder.write("file", "old");
+        const std::string name = folder.file("file") + tail;
+        const std::string failed = " " + path(name) + " LCA__System_diagnostic_s(" + std::strerror(EINVAL) + ")";
+        EXPECT_EQ("LCA__Cannot_open_file" + failed, thrownMessage([&] { UTF8File::save(name.c_str(), "new", 3); }));
+        const std::string temporary =
+            " " + path(name + ".tmp") + " LCA__System_diagnostic_s(" + std::strerror(EINVAL) + ")";
+        EXPECT_EQ("LCA__Cannot_open_file" + temporary,
+                  thrownMessage([&] { UTF8File::safe_save(name.c_str(), "new", 3); }));
+        EXPECT_FALSE(UTF8File(name.c_str()).remove());
+        EXPECT_FALSE(UTF8File(name.c_str()).rename(folder.file("other").c_str()));
+        EXPECT_FALSE(UTF8File(folder.file("file").c_str()).rename((folder.file("other") + tail).c_str()));
+        EXPECT_FALSE(UTF8File::exist(name.c_str()));
+        EXPECT_EQ("old", folder.read("file"));
+        EXPECT_FALSE(folder.has("other"));
+    }
+}
+#endif
+
 #ifndef _WIN32
 // More than an int can tell, and what would be five bytes to it. A sparse file takes no room.
 TEST(UTF8FileLoad, SizeBeyondAnIntIsNeverASuccess) {

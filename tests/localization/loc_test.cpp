@@ -692,6 +692,15 @@ TEST(LocLoader, LanguageAndErrorMayBeLeftOut) {
     EXPECT_EQ((Log{"a p/ (null) no error", "a p/ ger no error"}), log);
 }
 
+TEST(LocLoader, PassesOverAModuleThatIsNotThere) {
+    Log log;
+    Loc::Loader loader;
+    loader.addModule(nullptr);
+    loader.addModule(new Recorder("a", true, log));
+    EXPECT_TRUE(loader.load("p/"));
+    EXPECT_EQ((Log{"a p/ (null) no error"}), log);
+}
+
 TEST(LocLoader, FirstFailureEndsTheLoad) {
     Log log;
     Loc::Loader loader;

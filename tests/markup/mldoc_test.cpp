@@ -362,6 +362,30 @@ TEST(MLDocLoad, ReadsAFile) {
     EXPECT_EQ(9u, doc.length);
 }
 
+TEST(MLDocLoad, NameMayBeAPartOfTheFormerOne) {
+    support::TempFolder folder;
+    const std::string path = folder.write("a.xml", "<a/>");
+    MLDoc doc;
+    doc.fileName = "from " + path;
+    doc.load(doc.fileName.data + 5);
+    EXPECT_EQ(path, std::string(doc.fileName.asCharPtr()));
+    doc.load(doc.fileName.data + path.size() - 3, "{}", 3);
+    EXPECT_STREQ("xml", doc.fileName.data);
+    EXPECT_EQ("LCA__Too_short_file LCA__Path_s(ml)",
+              support::thrownMessage([&] { doc.load(doc.fileName.data + 1, "{}", 2); }));
+    Bag bag("x", 1);
+    EXPECT_EQ("LCA__Too_short_file LCA__Path_s(l)",
+              support::thrownMessage([&] { doc.load(doc.fileName.data + 1, bag); }));
+}
+
+TEST(MLDocGuessFormat, DocumentThatIsGoneIsTooShort) {
+    MLDoc doc;
+    doc.load("name", "<a/>", 4);
+    int size;
+    delete[] doc.steal(size);
+    EXPECT_EQ("LCA__Too_short_file LCA__Path_s(name)", support::thrownMessage([&] { doc.guessFormat("name"); }));
+}
+
 TEST(MLDocLoad, MissingFileLeavesNoDocument) {
     support::TempFolder folder;
     const std::string path = folder.file("none.xml");

@@ -318,6 +318,14 @@ TEST(MLDocConvertEscapeChArr, ReplacesTheText) {
     }
 }
 
+TEST(MLDocConvertEscapeChArr, ValueMayBeAPartOfTheTarget) {
+    MLDoc doc;
+    doc.format = MLDocBase::XML;
+    ChArr out("text &lt;&gt;");
+    doc.convertEscape(ChPair(out.data + 5, 8), out);
+    EXPECT_STREQ("<>", out.data);
+}
+
 TEST(MLDocConvertEscapeChArr, FailureLeavesWhatWasDecoded) {
     MLDoc doc;
     doc.format = MLDocBase::XML;

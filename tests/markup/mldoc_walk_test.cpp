@@ -596,6 +596,26 @@ TEST(MLDocContent, BeginsBehindTheTagWhateverItsValuesHold) {
     EXPECT_EQ(s.doc.length, s.doc.position);
 }
 
+TEST(MLDocContent, RefusesATokenThatNoStepHasFilled) {
+    MLDoc doc;
+    doc.load("name", "<?xml version=\"1.0\"?></a>", 25);
+    MLDoc::Token token;
+    EXPECT_EQ("LCA__Pair_token_not_found", support::thrownMessage([&] { doc.content(token); }));
+    support::thrownMessage([&] { doc.load("name", "<?x", 3); });
+    ASSERT_EQ(nullptr, doc.buffer);
+    doc.format = MLDocBase::XML;
+    EXPECT_EQ("LCA__Pair_token_not_found", support::thrownMessage([&] { doc.content(token); }));
+}
+
+TEST(MLDocContent, RefusalOfAClosedTokenMovesNothing) {
+    Stepped s("<a x=\"1\" y=\"2\"/>");
+    MLDoc::Attribute attribute;
+    ASSERT_TRUE(s.doc.attribute(s.token, attribute));
+    ASSERT_EQ(8u, s.doc.position);
+    EXPECT_EQ("LCA__Pair_token_not_found", support::thrownMessage([&] { s.doc.content(s.token); }));
+    EXPECT_EQ(8u, s.doc.position);
+}
+
 TEST(MLDocContent, RefusesWhatIsNotTextAndAnEndTag) {
     static const struct {
         int line;

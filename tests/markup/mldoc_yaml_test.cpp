@@ -271,6 +271,20 @@ TEST_F(MLDocYaml, SecondPassSeesAllButTheFirstAttribute) {
     EXPECT_EQ(nullptr, doc.getAttributeValue(token, "x").begin);
 }
 
+// What is known of a value that does not end: its kind and its begin.
+TEST_F(MLDocYaml, ValueThatDoesNotEndHasItsKind) {
+    for (const char quote : {'"', '\''}) {
+        const std::string text = std::string("---\na:\n- x: 1\n  y: ") + quote + "z\n";
+        load(text.c_str());
+        ASSERT_TRUE(doc.step(token));
+        ASSERT_TRUE(doc.step(token));
+        ASSERT_TRUE(doc.attribute(token, attribute));
+        EXPECT_THROW_KEY(doc.attribute(token, attribute), LCA__Closing_quote_is_missed);
+        EXPECT_EQ(quote == '"' ? 'q' : 'a', doc.yamlValueKind);
+        EXPECT_EQ(doc.buffer + text.find('z'), doc.yamlValue.begin);
+    }
+}
+
 TEST_F(MLDocYaml, FirstLineWithoutAValueIsEmptyWhereItWouldStand) {
     load("---\na:\n- key:\n");
     ASSERT_TRUE(doc.step(token));

@@ -335,6 +335,8 @@ TEST(MLDocOutEscape, Functions) {
     ChArr text;
     MLDocOut::escapeStringXMLHTML("<a>&'\"", text);
     EXPECT_STREQ("&lt;a&gt;&amp;&apos;&quot;", text.data);
+    MLDocOut::escapeStringXMLHTML(ChPair(text.data + 9, 5), text);  // a part of itself
+    EXPECT_STREQ("&amp;amp;", text.data);
     MLDocOut::escapeStringXMLHTML("", text);
     EXPECT_EQ(nullptr, text.data);
     MLDocOut::escapeStringJSONYAML("\b\t\n\f\r\"\\\x01/", text);

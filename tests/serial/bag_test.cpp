@@ -1025,6 +1025,7 @@ TEST(BagDelSpace, BeyondTheContentThrows) {
     static const Row rows[] = {
         {__LINE__, 0, 11},      {__LINE__, 8, 3},         {__LINE__, 10, 1},      {__LINE__, 11, 1},
         {__LINE__, 0, INT_MAX}, {__LINE__, 100, INT_MAX}, {__LINE__, INT_MAX, 1}, {__LINE__, INT_MAX, INT_MAX},
+        {__LINE__, 0, -1},      {__LINE__, 8, -2},        {__LINE__, 0, INT_MIN},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.line);

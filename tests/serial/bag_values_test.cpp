@@ -72,6 +72,14 @@ void expectWritten(const WriteRow& row) {
 
 // ---- numbers ----
 
+TEST(BagInBag, ReadIntoItselfIsEmptyBeforeItIsRead) {
+    Bag bag;
+    bag << Bag("ab", 2);
+    bag.toBegin();
+    EXPECT_THROW(bag >> bag, Bag::Exception);
+    EXPECT_EQ(0, bag.size);
+}
+
 TEST(BagInBag, ItselfGoesInAsItWasBefore) {
     Bag bag("ab", 2);
     bag.toEnd();

@@ -324,6 +324,15 @@ TEST(TTTAssign, ReplacesTheMessage) {
     }
 }
 
+TEST(TTTAssign, TakesAPartOfItself) {
+    const char* const expected = "FFFFFFFF 04000000 74657874";
+    TTT message("old text");
+    message = ChPair(message.getData().data + 8, 4);
+    expectMessage(expected, message);
+    message = message.getData();
+    expectMessage(expected, message);
+}
+
 TEST(TTTAssign, ToItselfDoesNothing) {
     TTT message("x");
     message.getData().to(2);

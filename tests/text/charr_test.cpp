@@ -834,6 +834,13 @@ TEST(ChArrWinerror, ModuleThatIsNotLoadedIsNoModule) {
     EXPECT_STREQ(plain.data, named.data);
 }
 
+TEST(ChArrWinerror, ModuleMayBeTheOwnText) {
+    ChArr plain, named("velmora_no_such_module");
+    plain.winerror(2, nullptr);
+    named.winerror(2, named.data);
+    EXPECT_STREQ(plain.data, named.data);
+}
+
 TEST(ChArrWinerror, UnknownCodeLeavesNull) {
     ChArr a("old text");
     a.winerror(0x7FFFFFF0, nullptr);

@@ -686,6 +686,12 @@ TEST(CharVectorPrepare, SizeThatFitsKeepsTheBytes) {
     EXPECT_EQ(16, v.allocateCount);
 }
 
+TEST(CharVectorPrepare, SizeWithoutRoomForATerminatorIsExhaustedMemory) {
+    CharVector v("text");
+    EXPECT_THROW(v.prepare(INT_MAX), std::bad_alloc);
+    expectText(__LINE__, "text", 5, v);
+}
+
 TEST(CharVectorPrepare, SizeThatDoesNotFitGetsAnExactArray) {
     CharVector v("abc");
     EXPECT_EQ(v.data, v.prepare(3));  // 4 bytes hold it with its terminator

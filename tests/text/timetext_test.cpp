@@ -250,6 +250,16 @@ TEST(SprintfDate, UnitsAreEncodedOneByOne) {
     GTEST_SKIP() << "the system has no locale with such dates";
 }
 
+#ifndef _WIN32
+// The zone is looked up at each call, in both directions.
+TEST(LocalText, FollowsAChangeOfTheZone) {
+    const TimeZoneScope restore("UTC0");
+    EXPECT_EQ("03/04/2021 9:05:07", localText(1617440707));
+    setenv("TZ", "XST-5:30", 1);
+    EXPECT_EQ("03/04/2021 14:35:07", localText(1617440707));
+}
+#endif
+
 TEST(UtcText, FormatsWithFixedWidths) {
     EXPECT_EQ("1970-01-01T00:00:00", utcText(0));  // a time like any other here
     EXPECT_EQ("1970-01-01T00:00:01", utcText(1));

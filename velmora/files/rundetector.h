@@ -31,7 +31,7 @@ public:
     utf16_string path;  // of the lock file
 
     // The path is both texts, UTF-8, without a separator between them: `folder` ends in one, or is the start of the
-    // name. Touches no file. Requires: neither is null. Limit: no code point above 0xFFFF; a path that is too long for the
+    // name. Touches no file. Requires: neither is null. Limit: UTF-8 without a code point above 0xFFFF; a path that is too long for the
     // system is one that cannot be opened.
     RunDetector(const char* folder, const char* name);
     RunDetector(const RunDetector&) = delete;

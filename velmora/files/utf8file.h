@@ -144,7 +144,7 @@ public:
 
     // Read a whole file. `limit`: the largest size accepted, in bytes. `terminate`: a zero byte goes behind the data
     // and counts nowhere. Returns: the size of the file.
-    // Throws: LCA__Cannot_open_file, LCA__Too_big_file, LCA__Not_enough_memory_to_load_file (also for a size above INT_MAX or
+    // Throws: LCA__Cannot_open_file (also for a null path), LCA__Too_big_file, LCA__Not_enough_memory_to_load_file (also for a size above INT_MAX or
     // none at all) and the failures of read.
     // Owns: the target. After a failure a ChArr or Bag is as it was, the others are empty or filled in part.
     static std::uint64_t load(const char* path, ArrayHolder<char>& data, std::uint64_t limit, bool terminate);

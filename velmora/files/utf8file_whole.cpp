@@ -33,9 +33,15 @@ bool allocated(UTF8File& file, Allocate allocate) {
     return false;
 }
 
+// Which open refuses without a word.
+void requirePath(const char* path) {
+    if (!path) throw TTT(VELMORA_DICT, LCA__Cannot_open_file);
+}
+
 // The road of every load. `allocate` takes the file's size and gives the place for its bytes, or null for none.
 template <class Allocate>
 std::uint64_t loadInto(const char* path, std::uint64_t limit, Allocate allocate) {
+    requirePath(path);
     UTF8File file(true);
     file.open(path, UTF8File::READ);
     const std::int64_t size = file.checkSize(static_cast<std::int64_t>(limit));
@@ -100,6 +106,7 @@ std::uint64_t UTF8File::load(const char* path, CharVector& text, std::uint64_t l
 }
 
 void UTF8File::save(const char* path, const void* data, std::uint64_t size) {
+    requirePath(path);
     UTF8File file(path, true);
     writeWhole(file, data, size);
 }
@@ -107,6 +114,7 @@ void UTF8File::save(const char* path, const void* data, std::uint64_t size) {
 void UTF8File::save(const char* path, const Bag& bag) { save(path, bag.data, static_cast<std::uint64_t>(sizeOf(bag))); }
 
 void UTF8File::safe_save(const char* path, const void* data, std::uint64_t size) {
+    requirePath(path);
     UTF8File temporary(std::string(path) + ".tmp", true);
     writeWhole(temporary, data, size);
     UTF8File(path, true).remove();  // a rename does not replace its target

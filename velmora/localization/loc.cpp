@@ -84,7 +84,7 @@ int IdModule::loadFile(FILE* file) { return loader->load(file, *localization); }
 
 bool Loader::load(const char* path, const char* language, std::string* error) {
     for (Module* module : modules) {
-        if (!module->load(path, language, error)) return false;
+        if (module && !module->load(path, language, error)) return false;
     }
     return true;
 }

@@ -63,10 +63,11 @@ void MLDoc::load(const char* path) {
     release();
     fileName = path;
     ArrayHolder<char> block;
-    length = static_cast<std::uint32_t>(UTF8File::load(path, block, kMostBytes, false));
+    // From here on by the field: the argument may have been a part of what it was.
+    length = static_cast<std::uint32_t>(UTF8File::load(fileName.data, block, kMostBytes, false));
     buffer = block.steal();
     LoadGuard guard(*this);
-    guessFormat(path);
+    guessFormat(fileName.data);
     guard.done();
 }
 
@@ -75,11 +76,11 @@ void MLDoc::load(const char* name, const char* data, int size) {
     release();
     length = static_cast<std::uint32_t>(size);
     fileName = name;
-    if (length > kMostBytes) return refuse(name, LCA__Too_big_file);
+    if (length > kMostBytes) return refuse(fileName.data, LCA__Too_big_file);
     buffer = new char[length];
     if (length != 0) std::memcpy(buffer, data, length);
     LoadGuard guard(*this);
-    guessFormat(name);
+    guessFormat(fileName.data);
     guard.done();
 }
 
@@ -92,7 +93,7 @@ void MLDoc::load(const char* name, Bag& bag) {
     buffer = bag.steal(size);
     length = static_cast<std::uint32_t>(size);
     LoadGuard guard(*this);
-    guessFormat(name);
+    guessFormat(fileName.data);
     guard.done();
 }
 
@@ -113,6 +114,7 @@ char* MLDoc::steal(int& size) {
 }
 
 void MLDoc::guessFormat(const char* name) {
+    if (!buffer) return refuse(name, LCA__Too_short_file);
     auto startsWith = [this](const char* bytes, std::uint32_t n) {
         return length >= n && std::memcmp(buffer, bytes, n) == 0;
     };

@@ -1,5 +1,6 @@
 // From a view in the buffer to a value.
 #include <cstring>
+#include <memory>
 
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldoc.h>
@@ -94,7 +95,7 @@ void MLDoc::convertEscape(const ChPair& value, CharVector& out) const {
 }
 
 void MLDoc::convertEscape(const ChPair& value, ChArr& out) const {
-    out.del();
+    const std::unique_ptr<char[]> former(out.steal());                 // the value may lie in it
     out.data = new char[static_cast<std::size_t>(value.len()) + 1]();  // ended wherever decoding stops
     convertEscape(value, out.data);
 }

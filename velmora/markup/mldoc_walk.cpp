@@ -73,12 +73,12 @@ ChPair MLDoc::getAttributeValue(const Token& token, const ChPair& name) {
 
 ChPair MLDoc::content(Token& token) {
     if (format != XML) throw TTT(VELMORA_DICT, LCA__Cannot_read_plain_content_for);
+    // A token that no step has filled, or of a document that is gone, has no content.
+    if (token.closing || !token.body.end || !buffer) throw TTT(VELMORA_DICT, LCA__Pair_token_not_found);
     // Attributes may have been read in part, and a value may hold a '<'.
-    if (token.body.end) position = std::max(position, static_cast<std::uint32_t>(token.body.end - buffer));
+    position = std::max(position, static_cast<std::uint32_t>(token.body.end - buffer));
     Token next = token;
-    if (token.closing || !step_xml(next) || next.opening || !next.closing) {
-        throw TTT(VELMORA_DICT, LCA__Pair_token_not_found);
-    }
+    if (!step_xml(next) || next.opening || !next.closing) throw TTT(VELMORA_DICT, LCA__Pair_token_not_found);
     token.level = next.level;
     return ChPair(token.body.end, next.body.begin);
 }

@@ -112,9 +112,9 @@ void findPlainEnd(Line& line) {
     }
 }
 
-// Reads the value at hand, if it is one. Returns: its kind.
-char readValue(Line& line, ChPair& value) {
-    char kind = kNoValue;
+// Reads the value at hand, if it is one. Its kind and its begin are known before its end is found.
+void readValue(Line& line, char& kind, ChPair& value) {
+    kind = kNoValue;
     if (!line.atEnd()) {
         char c = line.peek();
         kind = c == '"' ? kDoubleQuoted : c == '\'' ? kSingleQuoted : mayBeginPlain(c) ? kPlain : kNoValue;
@@ -127,7 +127,6 @@ char readValue(Line& line, ChPair& value) {
     if (kind == kPlain) findPlainEnd(line);
     value.end = line.here();
     if (quoted) line.pass();
-    return kind;
 }
 
 void readKey(Line& line, ChPair& name) {
@@ -198,7 +197,7 @@ bool MLDoc::get_yaml_line() {
     }
     readKey(line, yamlName);
     passColon(line);
-    yamlValueKind = readValue(line, yamlValue);
+    readValue(line, yamlValueKind, yamlValue);
     passLineEnd(line);
     yamlRest.assign(line.here(), line.bufferEnd());
     return true;

@@ -2,6 +2,7 @@
 #include <velmora/markup/mldocout_escape.h>
 
 #include <cstring>
+#include <memory>
 
 #include <velmora/markup/mldocout.h>
 #include <velmora/markup/mldocout_stage.h>
@@ -107,7 +108,7 @@ const char* escapeJsonYaml(char c, int& length) {
 void MLDocOut::escapeString(Escape fn, const ChPair& s, ChArr& out) {
     std::size_t size = 0;
     escapeText(fn, s, [&](const char*, int n) { size += static_cast<std::size_t>(n); });
-    out.del();
+    const std::unique_ptr<char[]> former(out.steal());  // the text may lie in it
     if (size == 0) return;
     char* p = out.data = new char[size + 1];
     escapeText(fn, s, [&](const char* text, int n) {

@@ -312,6 +312,7 @@ char* systemMessage(int code, const char*) {
 
 bool localTime(std::int64_t t, std::tm& out) {
     std::time_t time = t;
+    tzset();  // as mktime does; localtime_r alone would keep the zone that it has seen first
     return localtime_r(&time, &out) != nullptr;
 }
 

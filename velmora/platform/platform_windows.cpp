@@ -22,23 +22,32 @@ constexpr int kPathMax = 260;  // 16-bit units, without the terminator
 
 int result(int failed) { return failed == 0 ? 0 : errno; }
 
-// A path in the system's form. One that is too long sets errno and is null.
+// Converts a path or the start of a mask. Null, and errno, for one that is too long, or has a zero in it, which a byte that
+// is no UTF-8 can give: the system looks no further, and what it would find there is another file.
+wchar_t* convertPath(const char* p, const char* end, wchar_t* out) {
+    wchar_t* const last = out + kPathMax;
+    for (utf16_t unit; p != end; *out++ = unit) {
+        p = getch_utf8(unit, p, end);
+        if (out == last || unit == 0) {
+            errno = out == last ? ENAMETOOLONG : EINVAL;
+            return nullptr;
+        }
+    }
+    return out;
+}
+
+// A path in the system's form. One that cannot be one sets errno and is null.
 class WidePath {
 public:
-    explicit WidePath(const char* path) {
-        const char* end = path + std::strlen(path);
-        std::memset(text_, 0, sizeof text_);
-        // One unit of room more than a path may have: if it is used, the path is too long.
-        utf8_to_utf16(path, end, text_, text_ + kPathMax + 1);
-        tooLong_ = text_[kPathMax] != 0;
-        if (tooLong_) errno = ENAMETOOLONG;
+    explicit WidePath(const char* path) : end_(convertPath(path, path + std::strlen(path), text_)) {
+        if (end_) *end_ = 0;
     }
 
-    const wchar_t* get() const { return tooLong_ ? nullptr : text_; }
+    const wchar_t* get() const { return end_ ? text_ : nullptr; }
 
 private:
-    wchar_t text_[kPathMax + 2];
-    bool tooLong_;
+    wchar_t text_[kPathMax + 1];
+    wchar_t* end_;
 };
 
 // Calls a function of the runtime that takes one path and answers 0 for success.
@@ -90,7 +99,7 @@ int removeFile(const char* path) { return withPath(path, _wremove); }
 int renameFile(const char* from, const char* to) {
     WidePath wideFrom(from);
     WidePath wideTo(to);
-    if (!wideFrom.get() || !wideTo.get()) return errno = ENAMETOOLONG;
+    if (!wideFrom.get() || !wideTo.get()) return errno;
     return result(_wrename(wideFrom.get(), wideTo.get()));
 }
 
@@ -174,10 +183,11 @@ void copyEntry(FoundEntry& out, const struct _wfinddata64i32_t& data) {
 char separator() { return '\\'; }
 
 std::int64_t findFirst(const char* begin, const char* end, const char* tail, FoundEntry& out) {
-    wchar_t mask[kPathMax + 3] = {};
-    utf8_to_utf16(begin, end, mask, mask + kPathMax);
-    wchar_t* p = mask + std::wcslen(mask);
+    wchar_t mask[kPathMax + 3];
+    wchar_t* p = convertPath(begin, end, mask);
+    if (!p) return -1;
     for (; *tail; ++tail) *p++ = static_cast<unsigned char>(*tail);
+    *p = 0;
     struct _wfinddata64i32_t data = {};
     std::int64_t handle = _wfindfirst64i32(mask, &data);
     if (handle != -1) copyEntry(out, data);

@@ -160,8 +160,8 @@ void* Bag::insSpace(int at, int n) {
 void Bag::delSpace(int at, int n) {
     if (n == 0) return;
     std::int64_t rest = static_cast<std::int64_t>(size) - at - n;
-    if (rest < 0) throw Exception();
-    assert(at >= 0 && n > 0);
+    if (rest < 0 || n < 0) throw Exception();
+    assert(at >= 0);
     if (rest != 0) std::memmove(data + at, data + at + n, static_cast<std::size_t>(rest));
     size -= n;
     if (at <= cursor) cursor -= n;

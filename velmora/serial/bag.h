@@ -108,7 +108,7 @@ public:
     // Requires: 0 <= at <= size, n >= 0.
     void* insSpace(int at, int n);
     // Removes `n` bytes at `at`. Warning: a cursor at or behind `at` moves back by all of `n`, even below 0.
-    // Throws: when the range leads outside the content.
+    // Requires: at >= 0. Throws: when the range leads behind the content, and for a negative `n`.
     void delSpace(int at, int n);
 
     // Make the block hold `n` bytes; `n` bytes from the cursor on; exactly `n` bytes; exactly the content.

@@ -1,5 +1,7 @@
 #include <velmora/text/charr.h>
 
+#include <memory>
+
 #include <velmora/platform/platform.h>
 #include <velmora/text/charvector.h>
 #include <velmora/text/formatting.h>
@@ -100,7 +102,7 @@ void ChArr::format_va(const char* fmt, va_list args) {
 }
 
 void ChArr::winerror(int code, const char* module) {
-    del();
+    const std::unique_ptr<char[]> former(steal());  // the module's name may lie in it
     ChArr message;
     message.data = platform::systemMessage(code, module);
     if (!message.data) return;

@@ -116,10 +116,11 @@ void CharVector::cutTo(int n) {
 char* CharVector::prepare(int n) {
     if (n <= 0) return data;
     if (allocateCount <= n) {
-        char* text = new char[static_cast<std::size_t>(n) + 1];
+        const int need = roomFor(0, static_cast<std::size_t>(n));
+        char* text = new char[static_cast<std::size_t>(need)];
         delete[] data;
         data = text;
-        allocateCount = n + 1;
+        allocateCount = need;
     }
     count = n;
     data[n] = 0;
