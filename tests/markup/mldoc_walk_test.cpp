@@ -607,6 +607,13 @@ TEST(MLDocContent, RefusesATokenThatNoStepHasFilled) {
     EXPECT_EQ("LCA__Pair_token_not_found", support::thrownMessage([&] { doc.content(token); }));
 }
 
+TEST(MLDocContent, RefusesATokenOfADocumentThatIsGone) {
+    Stepped s("<a>text</a>");
+    int size;
+    delete[] s.doc.steal(size);
+    EXPECT_EQ("LCA__Pair_token_not_found", support::thrownMessage([&] { s.doc.content(s.token); }));
+}
+
 TEST(MLDocContent, RefusalOfAClosedTokenMovesNothing) {
     Stepped s("<a x=\"1\" y=\"2\"/>");
     MLDoc::Attribute attribute;
