@@ -8,7 +8,8 @@
 //     file.close();               // throws, too: a destructor would keep a failed close to itself
 //
 // Requires: stream operations are called on an open file. Limit: on Windows a path of more than 260 UTF-16 units
-// fails with "name too long".
+// fails with "name too long", and one that would have a zero in it as UTF-16, from a byte that is no UTF-8 or from a
+// character such as U+10000, with "invalid argument".
 #ifndef VELMORA_FILES_UTF8FILE_H
 #define VELMORA_FILES_UTF8FILE_H
 
@@ -158,10 +159,10 @@ public:
     static void save(const char* path, const Bag& bag);
     static void save(const char* path, const std::string& text) { save(path, text.data(), text.size()); }
 
-    // Write `path` + ".tmp", whatever was there, remove the old file, rename. The new file has the access rights of any new file,
-    // and takes the place of a link. A failure up to the close of the
-    // temporary leaves the old file; from a failed removal on the temporary is complete, and stays. Warning: between removal
-    // and rename there is no file at `path`.
+    // Write `path` + ".tmp", whatever was there, remove the old file, rename. The new file has the access rights of any
+    // new file, and takes the place of a link. A failure up to the close of the temporary leaves the old file; from a
+    // failed removal on the temporary is complete, and stays. Warning: between removal and rename there is no file at
+    // `path`.
     static void safe_save(const char* path, const void* data, std::uint64_t size);
     static void safe_save(const char* path, const Bag& bag);
     static void safe_save(const char* path, const std::string& text) { safe_save(path, text.data(), text.size()); }
