@@ -127,7 +127,8 @@ private:
 int loadLngReference(const std::string& path, Reference& out) {
     LngFile file;
     std::vector<std::string> problems;
-    if (!loadLng(path, file, problems) || file.unreadableCount() != 0) problems.push_back("is no use as a reference");
+    const bool whole = loadLng(path, file, problems);
+    if (!whole || file.unreadableCount() != 0) problems.emplace_back("is no use as a reference");
     for (const std::string& problem : problems) complain(path + ": " + problem);
     if (!problems.empty()) return kBadInput;
     out.stamp = file.stamp;

@@ -30,21 +30,30 @@ bool isDamaged(const std::string& path) {
     }
 }
 
+std::string inParentheses(const std::string& text) {
+    std::string out(1, '(');
+    out += text;
+    out += ')';
+    return out;
+}
+
 std::string parameters(int key, Bag& bag) {
     switch (key) {
         case LCA__Line_d_Column_d: {
-            const int line = bag.getLong();
-            return "(" + std::to_string(line) + "," + std::to_string(bag.getLong()) + ")";
+            std::string place = std::to_string(bag.getLong());
+            place += ',';
+            place += std::to_string(bag.getLong());
+            return inParentheses(place);
         }
         case LCA__Error_code_d:
-            return "(" + std::to_string(bag.getLong()) + ")";
+            return inParentheses(std::to_string(bag.getLong()));
         case LCA__Could_not_get_information_for:
         case LCA__Deprecated_flag_s:
         case LCA__Invalid_date_required_format_is:
         case LCA__Invalid_flag_s:
         case LCA__Path_s:
         case LCA__System_diagnostic_s:
-            return "(" + bag.getStringAsPair().std() + ")";
+            return inParentheses(bag.getStringAsPair().std());
         default:
             return std::string();
     }
