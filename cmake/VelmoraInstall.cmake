@@ -15,8 +15,26 @@ write_basic_package_version_file("${PROJECT_BINARY_DIR}/velmoraConfigVersion.cma
 install(FILES "${PROJECT_BINARY_DIR}/velmoraConfig.cmake" "${PROJECT_BINARY_DIR}/velmoraConfigVersion.cmake"
         DESTINATION "${package_folder}")
 
+# Relative to the file itself: the prefix is known only when it is installed, and may be moved later.
+set(pc_folder "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+if(IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+  set(VELMORA_PC_PREFIX "${CMAKE_INSTALL_PREFIX}")
+else()
+  file(RELATIVE_PATH up "/prefix/${pc_folder}" "/prefix")
+  string(REGEX REPLACE "/$" "" VELMORA_PC_PREFIX "\${pcfiledir}/${up}")
+endif()
+foreach(name LIBDIR INCLUDEDIR DATADIR)
+  set(VELMORA_PC_${name} "\${prefix}/${CMAKE_INSTALL_${name}}")
+  if(IS_ABSOLUTE "${CMAKE_INSTALL_${name}}")
+    set(VELMORA_PC_${name} "${CMAKE_INSTALL_${name}}")
+  endif()
+endforeach()
 configure_file("${PROJECT_SOURCE_DIR}/cmake/velmora.pc.in" "${PROJECT_BINARY_DIR}/velmora.pc" @ONLY)
-install(FILES "${PROJECT_BINARY_DIR}/velmora.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+install(FILES "${PROJECT_BINARY_DIR}/velmora.pc" DESTINATION "${pc_folder}")
+
+# A program that was cross-compiled finds no runtime on the system it is for.
+velmora_runtime_files(runtime_files)
+install(FILES ${runtime_files} DESTINATION "${CMAKE_INSTALL_BINDIR}")
 
 if(TARGET velmora_tool)
   set_target_properties(velmora_tool PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")

@@ -22,18 +22,27 @@ function(velmora_flags target)
   endif()
 endfunction()
 
-# The runtime libraries of a cross compiler lie beside the programs, so that they start wherever the folder stands.
-function(velmora_copy_runtime folder)
-  if(NOT MINGW)
-    return()
+# The runtime libraries of MinGW's compiler, which Windows does not have.
+function(velmora_runtime_files result)
+  set(files "")
+  if(MINGW)
+    foreach(name libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
+      execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
+                      OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE)
+      if(NOT EXISTS "${file}")
+        find_file(VELMORA_RUNTIME_${name} ${name} PATHS /usr/x86_64-w64-mingw32/lib NO_DEFAULT_PATH REQUIRED)
+        set(file "${VELMORA_RUNTIME_${name}}")
+      endif()
+      list(APPEND files "${file}")
+    endforeach()
   endif()
-  foreach(name libstdc++-6.dll libgcc_s_seh-1.dll libwinpthread-1.dll)
-    execute_process(COMMAND ${CMAKE_CXX_COMPILER} -print-file-name=${name}
-                    OUTPUT_VARIABLE file OUTPUT_STRIP_TRAILING_WHITESPACE)
-    if(NOT EXISTS "${file}")
-      find_file(VELMORA_RUNTIME_${name} ${name} PATHS /usr/x86_64-w64-mingw32/lib NO_DEFAULT_PATH REQUIRED)
-      set(file "${VELMORA_RUNTIME_${name}}")
-    endif()
+  set(${result} "${files}" PARENT_SCOPE)
+endfunction()
+
+# They lie beside the programs, so that those start wherever the folder is.
+function(velmora_copy_runtime folder)
+  velmora_runtime_files(files)
+  foreach(file IN LISTS files)
     file(COPY "${file}" DESTINATION "${folder}")
   endforeach()
 endfunction()
