@@ -67,10 +67,11 @@ consumer() { # FOLDER BLOCK
     } >"$1/CMakeLists.txt"
 }
 
+# Headers of an installed package count as the system's, whose warnings are not shown: here they are.
 build_consumer() { # FOLDER BUILD OPTIONS...
     local folder=$1 build=$2
     shift 2
-    { cmake -S "$folder" -B "$build" -G Ninja "$@" && cmake --build "$build"; } >"$work/log" 2>&1 ||
+    { cmake -S "$folder" -B "$build" -G Ninja -DCMAKE_NO_SYSTEM_FROM_IMPORTED=ON "$@" && cmake --build "$build"; } >"$work/log" 2>&1 ||
         { cat "$work/log" >&2; exit 1; }
 }
 
