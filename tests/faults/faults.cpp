@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -9,7 +10,6 @@
 #include <cerrno>
 #include <cstdarg>
 #include <cstdio>
-#include <cstring>
 #include <ctime>
 #include <cwchar>
 #include <map>
@@ -21,11 +21,14 @@ namespace {
 bool counting = false;
 int countdown = 0;
 int errorToGive = 0;
+bool partToMove = false;
 faults::Fault lastFault;
 std::map<std::string, int> allOf;  // what fails at every call, with its error
 std::map<std::string, int> calls;  // that got through
 const char* textToGive = nullptr;
 const wchar_t* timeToGive = nullptr;
+
+bool movesBytes(const std::string& function) { return function == "fread" || function == "fwrite"; }
 
 // Whether this call is to fail; errno is then set.
 bool fails(const char* function) {
@@ -34,12 +37,11 @@ bool fails(const char* function) {
         return true;
     }
     // Only a count can be too small without a reason.
-    const bool counts = std::strcmp(function, "fread") == 0 || std::strcmp(function, "fwrite") == 0;
-    if (!counting || (errorToGive == 0 && !counts) || countdown-- != 0) {
+    if (!counting || (errorToGive == 0 && !movesBytes(function)) || countdown-- != 0) {
         ++calls[function];
         return false;
     }
-    lastFault = {function, errorToGive};
+    lastFault = {function, errorToGive, partToMove && movesBytes(function)};
     errno = errorToGive;
     return true;
 }
@@ -56,8 +58,6 @@ bool fails(const char* function) {
     }
 
 WRAP(FILE*, fopen, (const char* path, const char* mode), (path, mode), nullptr)
-WRAP(std::size_t, fread, (void* out, std::size_t size, std::size_t n, FILE* file), (out, size, n, file), 0)
-WRAP(std::size_t, fwrite, (const void* src, std::size_t size, std::size_t n, FILE* file), (src, size, n, file), 0)
 WRAP(int, fflush, (FILE * file), (file), EOF)
 WRAP(int, fseeko, (FILE * file, off_t offset, int whence), (file, offset, whence), -1)
 WRAP(off_t, ftello, (FILE * file), (file), -1)
@@ -72,8 +72,36 @@ WRAP(int, lstat, (const char* path, struct stat* info), (path, info), -1)
 WRAP(int, stat, (const char* path, struct stat* info), (path, info), -1)
 WRAP(int, ftruncate, (int file, off_t size), (file, size), -1)
 WRAP(FILE*, fdopen, (int file, const char* mode), (file, mode), nullptr)
-
+WRAP(int, fstat, (int file, struct stat* info), (file, info), -1)
 WRAP(int, fstatat, (int folder, const char* path, struct stat* info, int flags), (folder, path, info, flags), -1)
+
+WRAP(int, unlinkat, (int folder, const char* path, int flags), (folder, path, flags), -1)
+WRAP(DIR*, opendir, (const char* path), (path), nullptr)
+WRAP(dirent*, readdir, (DIR * folder), (folder), nullptr)
+
+// A transfer that fails may have moved a part of the bytes, and the place in the file with them. Returns: whole items.
+template <class Move>
+std::size_t failedTransfer(std::size_t size, std::size_t n, Move move) {
+    if (!lastFault.partMoved) return 0;
+    const int error = errno;
+    const std::size_t moved = move(size * n / 2);
+    errno = error;
+    return moved / size;
+}
+
+extern "C" std::size_t __real_fread(void* out, std::size_t size, std::size_t n, FILE* file);
+extern "C" std::size_t __wrap_fread(void* out, std::size_t size, std::size_t n, FILE* file);
+extern "C" std::size_t __wrap_fread(void* out, std::size_t size, std::size_t n, FILE* file) {
+    if (!fails("fread")) return __real_fread(out, size, n, file);
+    return failedTransfer(size, n, [&](std::size_t part) { return __real_fread(out, 1, part, file); });
+}
+
+extern "C" std::size_t __real_fwrite(const void* src, std::size_t size, std::size_t n, FILE* file);
+extern "C" std::size_t __wrap_fwrite(const void* src, std::size_t size, std::size_t n, FILE* file);
+extern "C" std::size_t __wrap_fwrite(const void* src, std::size_t size, std::size_t n, FILE* file) {
+    if (!fails("fwrite")) return __real_fwrite(src, size, n, file);
+    return failedTransfer(size, n, [&](std::size_t part) { return __real_fwrite(src, 1, part, file); });
+}
 
 extern "C" const char* __real_strerrordesc_np(int error);
 extern "C" const char* __wrap_strerrordesc_np(int error);
@@ -115,6 +143,17 @@ extern "C" int __wrap_fcntl(int file, int command, ...) {
     return __real_fcntl(file, command, argument);
 }
 
+extern "C" int __real_openat(int folder, const char* path, int flags, ...);
+extern "C" int __wrap_openat(int folder, const char* path, int flags, ...);
+extern "C" int __wrap_openat(int folder, const char* path, int flags, ...) {
+    va_list arguments;
+    va_start(arguments, flags);
+    const mode_t mode = va_arg(arguments, mode_t);
+    va_end(arguments);
+    if (fails("openat")) return -1;
+    return __real_openat(folder, path, flags, mode);
+}
+
 extern "C" int __real_open(const char* path, int flags, ...);
 extern "C" int __wrap_open(const char* path, int flags, ...);
 extern "C" int __wrap_open(const char* path, int flags, ...) {
@@ -129,30 +168,38 @@ extern "C" int __wrap_open(const char* path, int flags, ...) {
 
 namespace faults {
 
-Fault failNth(int n, int error, const std::function<void()>& action) {
+Fault failNth(int n, int error, const std::function<void()>& action, bool movesPart) {
     lastFault = {};
     countdown = n;
     errorToGive = error;
+    partToMove = movesPart;
     errno = 0;
     counting = true;
     action();
     counting = false;
-    return lastFault;
+    const Fault fault = lastFault;
+    lastFault = {};
+    return fault;
 }
 
 int failEach(const std::function<void()>& prepare, const std::function<void()>& action,
              const std::function<void(const Fault&)>& check) {
     int faults = 0;
+    auto runWith = [&](int n, int error, bool movesPart) {
+        SCOPED_TRACE("call " + std::to_string(n) + ", error " + std::to_string(error) + (movesPart ? ", a part" : ""));
+        prepare();
+        const int before = support::openDescriptors();
+        const Fault fault = failNth(n, error, action, movesPart);
+        if (!fault.function.empty()) ++faults;
+        EXPECT_EQ(before, support::openDescriptors()) << "after a failure of " << fault.function;
+        check(fault);
+        return fault.function;
+    };
     for (int error : {EIO, ENOSPC, EACCES, EINTR, 0}) {
         for (int n = 0;; ++n) {
-            SCOPED_TRACE("call " + std::to_string(n) + ", error " + std::to_string(error));
-            prepare();
-            const int before = support::openDescriptors();
-            const Fault fault = failNth(n, error, action);
-            if (!fault.function.empty()) ++faults;
-            EXPECT_EQ(before, support::openDescriptors()) << "behind a failure of " << fault.function;
-            check(fault);
-            if (fault.function.empty() || testing::Test::HasFailure()) break;
+            const std::string failed = runWith(n, error, false);
+            if (movesBytes(failed)) runWith(n, error, true);
+            if (failed.empty() || testing::Test::HasFailure()) break;
         }
     }
     return faults;

@@ -11,15 +11,18 @@ namespace faults {
 
 // What has failed, when something has.
 struct Fault {
-    std::string function;  // "fread"; empty when the action got through
-    int error = 0;         // its errno; 0: a short count without a reason
+    std::string function;    // "fread"; empty when the action got through
+    int error = 0;           // its errno; 0: a short count without a reason
+    bool partMoved = false;  // the first half of the bytes was read or written all the same
 };
 
-// Runs `action` with its n-th call failing by `error`. Returns: the fault, with no function when there were fewer calls.
-Fault failNth(int n, int error, const std::function<void()>& action);
+// Runs `action` with its n-th call failing by `error`. `movesPart`: a transfer that fails moves half of its bytes before.
+// Returns: the fault, with no function when there were fewer calls.
+Fault failNth(int n, int error, const std::function<void()>& action, bool movesPart = false);
 
 // Runs `action` again and again, each time with one call later failing, for each of several errors, until it gets through.
-// `prepare` comes before each run, `check` behind it. Returns: the number of faults.
+// A transfer fails twice: without a byte and with a part of them. `prepare` comes before each run, `check` after it.
+// Returns: the number of faults.
 int failEach(const std::function<void()>& prepare, const std::function<void()>& action,
              const std::function<void(const Fault&)>& check);
 
