@@ -107,6 +107,26 @@ TEST_F(RunDetectorTest, PathThatIsTooLongCannotBeOpened) {
     EXPECT_EQ(nullptr, made.file);
 }
 
+// U+10000, and on its own a lead byte of E0, become a zero, at which the system would take the path to end.
+TEST_F(RunDetectorTest, PathWithAZeroInItIsNotAnotherFile) {
+    for (const char* zero : {"\xF0\x90\x80\x80", "\xE0"}) {
+        SCOPED_TRACE(zero);
+        const std::string name = "lock" + std::string(zero) + "x";
+        auto made = detector(name.c_str());
+        EXPECT_EQ(RunDetector::NotRunning, made->getState());
+        EXPECT_FALSE(made->lock());
+        EXPECT_EQ(nullptr, made->file);
+        RunDetector inFolder((base + "lock" + zero).c_str(), "x");
+        EXPECT_FALSE(inFolder.lock());
+        folder.write("lock", "another file");
+        EXPECT_EQ(RunDetector::NotRunning, made->getState());
+        EXPECT_FALSE(made->lock());
+        EXPECT_EQ("another file", folder.read("lock"));
+        std::filesystem::remove(folder.file("lock"));
+        EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
+    }
+}
+
 TEST_F(RunDetectorTest, NamesAreUtf8) {
     auto made = detector("\xC3\xA9\xE2\x82\xAC");
     ASSERT_TRUE(made->lock());

@@ -31,8 +31,8 @@ public:
     utf16_string path;  // of the lock file
 
     // The path is both texts, UTF-8, without a separator between them: `folder` ends in one, or is the start of the
-    // name. Touches no file. Requires: neither is null. Limit: UTF-8 without a code point above 0xFFFF; a path that is too long for the
-    // system is one that cannot be opened.
+    // name. Touches no file. Requires: neither is null. Limit: UTF-8 without a code point above 0xFFFF; a path that is
+    // too long for the system, or has a zero in it as UTF-16, is one that cannot be opened.
     RunDetector(const char* folder, const char* name);
     RunDetector(const RunDetector&) = delete;
     void operator=(const RunDetector&) = delete;
@@ -40,14 +40,19 @@ public:
     ~RunDetector() { unlock(); }
 
     // Takes the file: creates it, or empties the one that a dead run has left, so ask getState first. Returns: false when
-    // somebody holds it or it cannot be written; getState tells which. Warning: an object that holds the file already
+    // somebody holds it or it cannot be written; getState reports which. Warning: an object that holds the file already
     // gets false too, and loses its stream: the file stays held until the process ends.
+    // On Linux a run may first make a file whose name is `path`, a point, its process number, a point and a number. If it is
+    // killed then, that file stays. The next run that takes the lock removes all files of such names that nobody holds,
+    // whoever made them.
     bool lock();
 
-    // For any observer, also for the run that holds the file. A folder, pipe or device in the file's
-    // place, and a file that may not be read, count as Running. On file systems without links and without files that have no
-    // name, a run that is just taking its file can look Abandoned for a moment. On Windows the look opens the file for a moment, in which a rival's lock can fail
-    // and the holder's removal too.
+    // For any observer, also for the run that holds the file. A folder, pipe or device in the file's place, and a file
+    // that may not be read, count as Running. On Linux file systems without links and without files that have no name
+    // (FAT, exFAT), a run that is just taking its file can look Abandoned for a moment.
+    // Warning: on Windows one Abandoned proves no crash. The holder closes its file before it removes it, and each
+    // getState opens the file for a moment, in which the holder's removal, and another run's lock, can fail. An observer
+    // that asks again and again makes nearly every proper end look Abandoned. Ask once, at the start.
     State getState() const;
 
     // Closes and removes the file; does nothing when this object has not locked. Failures are not reported.

@@ -43,9 +43,11 @@ int renameFile(const char* from, const char* to);
 int fileInfo(const char* path, struct VELMORA_STAT_RECORD& out);
 
 // Lock files. One is held by one stream at most, of all processes together, until unlockFile or the end of the process; a
-// child process that is started holds nothing. Paths are UTF-16, as RunDetector keeps them.
+// child process that is started holds nothing. The holder's file is the one that the path names, and nobody else removes
+// it. Paths are UTF-16, as RunDetector keeps them; one with a zero in it is EINVAL.
 
 // Creates the file, or takes one that nobody holds and empties it. Null when somebody holds it or the system refuses.
+// Where that needs files of other names for a moment, those that dead runs have left are removed.
 FILE* lockFile(const utf16_string& path);
 
 // Closes the stream and removes the file, in an order that never takes the file of a new holder. Failures are ignored.

@@ -93,26 +93,28 @@ constexpr mode_t kLockMode = 0666;
 // get there.
 constexpr int kLockTries = 100;
 
-// A path in the system's form, without an allocation, since a destructor unlocks. Too long: errno is set, and it is null.
+// A path in the system's form, without an allocation, since a destructor unlocks. One that is too long, or has a zero in
+// it, which would cut it off, sets errno and is null.
 class NarrowPath {
 public:
     explicit NarrowPath(const utf16_string& path) {
         const utf16_t* end = path.data() + path.size();
         const std::size_t size = strlen_utf8(path.data(), end);
-        tooLong_ = size >= sizeof text_;
-        if (tooLong_) {
-            errno = ENAMETOOLONG;
+        const bool hasZero = path.find(utf16_t{0}) != utf16_string::npos;
+        refused_ = hasZero || size >= sizeof text_;
+        if (refused_) {
+            errno = hasZero ? EINVAL : ENAMETOOLONG;
             return;
         }
         utf16_to_utf8(path.data(), end, text_, text_ + size);
         text_[size] = 0;
     }
 
-    const char* get() const { return tooLong_ ? nullptr : text_; }
+    const char* get() const { return refused_ ? nullptr : text_; }
 
 private:
     char text_[PATH_MAX];
-    bool tooLong_;
+    bool refused_;
 };
 
 class Descriptor {
@@ -154,9 +156,12 @@ struct flock wholeFile() {
     return range;
 }
 
+// False: errno is EEXIST when somebody else holds the file, and ENOLCK when files cannot be locked here.
 bool tryLock(int descriptor) {
     struct flock range = wholeFile();
-    return fcntl(descriptor, F_OFD_SETLK, &range) == 0;
+    if (fcntl(descriptor, F_OFD_SETLK, &range) == 0) return true;
+    errno = errno == EAGAIN || errno == EACCES ? EEXIST : ENOLCK;
+    return false;
 }
 
 bool isPlainFile(int descriptor) {
@@ -169,25 +174,43 @@ bool isLink(const char* path) {
     return lstat(path, &info) == 0 && S_ISLNK(info.st_mode);
 }
 
-bool namesFile(const char* path, int descriptor) {
+// Whether the entry `path` of `folder` is the open file. `flags` as for fstatat.
+bool namesFileAt(int folder, const char* path, int flags, int descriptor) {
     struct stat named;
     struct stat opened;
-    return stat(path, &named) == 0 && fstat(descriptor, &opened) == 0 && named.st_dev == opened.st_dev &&
-           named.st_ino == opened.st_ino;
+    return fstatat(folder, path, &named, flags) == 0 && fstat(descriptor, &opened) == 0 &&
+           named.st_dev == opened.st_dev && named.st_ino == opened.st_ino;
 }
 
+bool namesFile(const char* path, int descriptor) { return namesFileAt(AT_FDCWD, path, 0, descriptor); }
+
+// The folder of a path, and the name in it.
+class SplitPath {
+public:
+    explicit SplitPath(const char* path) : name_(path) {
+        const char* slash = std::strrchr(path, '/');
+        if (!slash) return;
+        name_ = slash + 1;
+        const auto size = static_cast<std::size_t>(name_ - path);
+        std::memcpy(folder_, path, size);
+        folder_[size] = 0;
+    }
+
+    const char* folder() const { return folder_; }
+    const char* name() const { return name_; }
+
+private:
+    char folder_[PATH_MAX] = ".";
+    const char* name_;
+};
+
 // The three ways to make a file that is held. Of a file that is held from the moment it has its name, an observer never
-// thinks that a dead run has left it. Null on failure, with nothing left behind; EEXIST: the name is taken.
+// thinks that a dead run has left it. Null on failure, with errno EEXIST: a rival was faster, so look at the path again;
+// ENOLCK: no way leads to a lock here; anything else: try the next way.
 
 // Without a name at first, where the file system and /proc allow.
 FILE* createUnnamed(const char* path) {
-    char folder[PATH_MAX] = ".";
-    if (const char* slash = std::strrchr(path, '/')) {
-        const std::size_t size = static_cast<std::size_t>(slash - path) + 1;
-        std::memcpy(folder, path, size);
-        folder[size] = 0;
-    }
-    Descriptor descriptor(open(folder, O_TMPFILE | O_WRONLY | O_CLOEXEC, kLockMode));
+    Descriptor descriptor(open(SplitPath(path).folder(), O_TMPFILE | O_WRONLY | O_CLOEXEC, kLockMode));
     if (descriptor.get() < 0 || !tryLock(descriptor.get())) return nullptr;
     char self[32];
     std::snprintf(self, sizeof self, "/proc/self/fd/%d", descriptor.get());
@@ -197,7 +220,8 @@ FILE* createUnnamed(const char* path) {
     return closed(stream);
 }
 
-// By another name at first, where the file system has links.
+// By another name at first, where the file system has links. A run that is killed in here leaves that name behind, for
+// removeLeftovers, which may also take a file for a leftover that is not held yet.
 FILE* createBeside(const char* path) {
     static std::atomic<unsigned> counter{0};
     char beside[PATH_MAX];
@@ -205,7 +229,12 @@ FILE* createBeside(const char* path) {
     if (length >= static_cast<int>(sizeof beside)) return fail(ENAMETOOLONG), nullptr;
     Descriptor descriptor(open(beside, O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, kLockMode));
     if (descriptor.get() < 0) return nullptr;
-    FILE* stream = tryLock(descriptor.get()) ? descriptor.toStream() : nullptr;
+    if (!tryLock(descriptor.get())) {
+        if (errno == ENOLCK) unlink(beside), errno = ENOLCK;
+        return nullptr;
+    }
+    if (!namesFile(beside, descriptor.get())) return fail(EEXIST), nullptr;
+    FILE* stream = descriptor.toStream();
     const bool named = stream && link(beside, path) == 0;
     const int error = errno;
     unlink(beside);
@@ -213,25 +242,63 @@ FILE* createBeside(const char* path) {
     return named ? stream : closed(stream);
 }
 
-// By its name, with a moment in which it is not held.
+// By its name, with a moment in which it is not held. A rival that finds it then and locks it first has it, and may have
+// removed it again before the lock is taken here. Where nothing can be locked createBeside has said so already.
 FILE* createPlainly(const char* path) {
     Descriptor descriptor(open(path, O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, kLockMode));
-    if (descriptor.get() < 0) return nullptr;
-    if (tryLock(descriptor.get())) {
-        if (FILE* stream = descriptor.toStream()) return stream;
+    if (descriptor.get() < 0 || !tryLock(descriptor.get())) return nullptr;
+    if (!namesFile(path, descriptor.get())) return fail(EEXIST), nullptr;
+    FILE* stream = descriptor.toStream();
+    if (!stream) {
+        const int error = errno;
+        unlink(path);
+        errno = error;
     }
-    const int error = errno;
-    if (namesFile(path, descriptor.get())) unlink(path);
-    errno = error;
-    return nullptr;
+    return stream;
 }
 
 FILE* createLocked(const char* path) {
     for (auto* way : {createUnnamed, createBeside, createPlainly}) {
         FILE* stream = way(path);
-        if (stream || errno == EEXIST) return stream;
+        if (stream || errno == EEXIST || errno == ENOLCK) return stream;
     }
     return nullptr;
+}
+
+const char* passDigits(const char* p) {
+    while (*p >= '0' && *p <= '9') ++p;
+    return p;
+}
+
+// Whether `entry` is a name that createBeside makes for `name`.
+bool isBeside(const char* entry, const char* name) {
+    const std::size_t length = std::strlen(name);
+    if (std::strncmp(entry, name, length) != 0 || entry[length] != '.') return false;
+    const char* process = entry + length + 1;
+    const char* point = passDigits(process);
+    if (point == process || *point != '.') return false;
+    const char* end = passDigits(point + 1);
+    return end != point + 1 && *end == 0;
+}
+
+// Removes what runs that were killed in createBeside have left: plain files that nobody holds, and other names of the
+// held file, unless `path` is a link to one.
+void removeLeftovers(const char* path, int held) {
+    const bool heldByPath = namesFileAt(AT_FDCWD, path, AT_SYMLINK_NOFOLLOW, held);
+    const SplitPath split(path);
+    DIR* folder = opendir(split.folder());
+    if (!folder) return;
+    const int in = dirfd(folder);
+    while (const dirent* entry = readdir(folder)) {
+        const char* name = entry->d_name;
+        if (!isBeside(name, split.name())) continue;
+        Descriptor found(openat(in, name, kLockFlags | O_WRONLY | O_NOFOLLOW));
+        if (found.get() < 0 || !isPlainFile(found.get())) continue;
+        const bool isHeld = namesFileAt(in, name, AT_SYMLINK_NOFOLLOW, held);
+        if (isHeld ? !heldByPath : !tryLock(found.get())) continue;
+        if (namesFileAt(in, name, AT_SYMLINK_NOFOLLOW, found.get())) unlinkat(in, name, 0);
+    }
+    closedir(folder);
 }
 
 // What is there, or what a link that leads nowhere leads to then.
@@ -242,14 +309,10 @@ FILE* lockExisting(const char* path, int descriptor, bool& vanished) {
     return !vanished && ftruncate(descriptor, 0) == 0 ? file.toStream() : nullptr;
 }
 
-}  // namespace
-
-// Whoever holds the file removes it while it is held. So a lock counts only if the path still names the locked file, and
-// nobody empties or removes a file that is not the own.
-FILE* lockFile(const utf16_string& widePath) {
-    NarrowPath narrow(widePath);
-    const char* path = narrow.get();
-    for (int tries = 0; path && tries < kLockTries; ++tries) {
+// Whoever holds the file removes it while it is held. So a lock counts only if the path names the locked file once it is
+// locked, and nobody empties or removes a file that somebody else may hold.
+FILE* takeLock(const char* path) {
+    for (int tries = 0; tries < kLockTries; ++tries) {
         bool again = false;
         int found = open(path, kLockFlags | O_WRONLY);
         if (found < 0 && errno == ENOENT) {
@@ -262,6 +325,15 @@ FILE* lockFile(const utf16_string& widePath) {
         if (stream || !again) return stream;
     }
     return nullptr;
+}
+
+}  // namespace
+
+FILE* lockFile(const utf16_string& widePath) {
+    NarrowPath path(widePath);
+    FILE* stream = path.get() ? takeLock(path.get()) : nullptr;
+    if (stream) removeLeftovers(path.get(), fileno(stream));
+    return stream;
 }
 
 void unlockFile(FILE* stream, const utf16_string& widePath) {

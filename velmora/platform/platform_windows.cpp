@@ -111,7 +111,17 @@ int fileInfo(const char* path, struct _stat64& out) {
 // A stream that denies all sharing is the lock. The runtime's mode letters and share flags say all of it, and a file that
 // is open cannot be removed: a rival that locks between the closing and the removing keeps its file.
 
-FILE* lockFile(const utf16_string& path) { return _wfsopen(path.c_str(), L"wbN", _SH_DENYRW); }
+namespace {
+
+FILE* openLockFile(const utf16_string& path, const wchar_t* mode, int share) {
+    if (path.find(L'\0') == utf16_string::npos) return _wfsopen(path.c_str(), mode, share);
+    errno = EINVAL;
+    return nullptr;
+}
+
+}  // namespace
+
+FILE* lockFile(const utf16_string& path) { return openLockFile(path, L"wbN", _SH_DENYRW); }
 
 void unlockFile(FILE* stream, const utf16_string& path) {
     std::fclose(stream);
@@ -119,7 +129,7 @@ void unlockFile(FILE* stream, const utf16_string& path) {
 }
 
 int probeLockFile(const utf16_string& path) {
-    FILE* stream = _wfsopen(path.c_str(), L"rN", _SH_DENYNO);
+    FILE* stream = openLockFile(path, L"rN", _SH_DENYNO);
     if (!stream) return errno;
     std::fclose(stream);
     return 0;
