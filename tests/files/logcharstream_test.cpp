@@ -513,25 +513,60 @@ TEST_F(LogCharStreamTest, LastPieceIsReadAgainFromItsStartAfterGrowth) {
     EXPECT_FALSE(log.getChar(c));
 }
 
-TEST_F(LogCharStreamTest, FailedReadLeavesThePieceWhereItWas) {
-    open("0123456789", 4);
-    ASSERT_TRUE(log.setStreamPosition(6));
-    ASSERT_TRUE(log.readNextPiece());
-    log.cursor = log.end;
-    log.lastKnownSize = 14;  // of a file that has shrunk since
-    errno = 0;
-    ASSERT_TRUE(log.readNextPiece() == false);
-    EXPECT_EQ(4, log.pieceStart);
-    EXPECT_EQ(4, log.valid());
-    EXPECT_EQ(4, log.done());
-    EXPECT_EQ(8, log.getStreamPosition());
-    EXPECT_EQ(0, log.lastOp);
-    expectNoLine(__LINE__, log, "");
-    log.throwing = true;
-    errno = 0;
-    EXPECT_EQ(std::string("LCA__Unexpected_end_of_file LCA__Path_s(") + log.name.data + ")",
-              thrownMessage([&] { log.readNextPiece(); }));
-    log.throwing = false;
+TEST_F(LogCharStreamTest, FailedReadLeavesNoPieceAndThePosition) {
+    for (bool policy : {false, true}) {
+        for (std::ptrdiff_t done : {1, 4}) {
+            SCOPED_TRACE(done);
+            open("0123456789", 4);
+            ASSERT_TRUE(log.setStreamPosition(4));
+            ASSERT_TRUE(log.readNextPiece());
+            log.cursor = log.buffer + done;
+            if (done != 4) log.pieceStart = 8 - done;  // so that the piece at 8 is the next one
+            log.lastKnownSize = 14;                    // of a file that has shrunk since
+            log.throwing = policy;
+            errno = 0;
+            bool read = false;
+            EXPECT_EQ(
+                policy ? std::string("LCA__Unexpected_end_of_file LCA__Path_s(") + log.name.data + ")" : "(nothing)",
+                thrownMessage([&] { read = log.readNextPiece(); }));
+            log.throwing = false;
+            EXPECT_FALSE(read);
+            EXPECT_EQ(8, log.pieceStart);
+            EXPECT_EQ(0, log.valid());
+            EXPECT_EQ(0, log.done());
+            EXPECT_EQ(8, log.getStreamPosition());
+            EXPECT_EQ(0, log.lastOp);
+            expectNoLine(__LINE__, log, "");
+            EXPECT_EQ(8, log.getStreamPosition());
+            // Once the size is known again, it goes on from there.
+            EXPECT_EQ(10, log.getStreamSize());
+            char c = kFiller;
+            EXPECT_TRUE(log.getChar(c));
+            EXPECT_EQ('8', c);
+        }
+    }
+}
+
+// The bytes of the read that failed are in the buffer, in place of those of the piece before.
+TEST_F(LogCharStreamTest, BytesOfAFailedReadAreNeverServed) {
+    const std::string first = "AAAAAAAAAAAAAAA\n", second = "CCCCCCCCCCCCCCC\n";
+    for (std::uintmax_t left : {17, 20, 31}) {
+        SCOPED_TRACE(left);
+        open(first + second, 16);
+        expectLine(__LINE__, log, first, 16);
+        std::filesystem::resize_file(folder.file("log"), left);
+        expectNoLine(__LINE__, log, "");
+        EXPECT_EQ(16, log.getStreamPosition());
+        ASSERT_TRUE(log.setStreamPosition(0));
+        expectLine(__LINE__, log, first, 16);
+        // What is there of the second piece is read when the size is looked at, and the rest when it has come.
+        EXPECT_EQ(static_cast<std::int64_t>(left), log.getStreamSize());
+        expectNoLine(__LINE__, log, second.substr(0, left - 16));
+        append(second.substr(left - 16));
+        log.getStreamSize();
+        ASSERT_TRUE(log.setStreamPosition(16));
+        expectLine(__LINE__, log, second, 32);
+    }
 }
 
 TEST_F(LogCharStreamTest, FailedSeekLeavesThePieceWhereItWas) {

@@ -71,6 +71,9 @@ bool LogCharStream::readNextPiece() {
     std::int64_t newStart = position - position % pieceSize;
     if (!seek(newStart, SEEK_SET)) return false;
     int count = static_cast<int>(std::min<std::int64_t>(pieceSize, lastKnownSize - newStart));
+    // A read that fails, or throws, may have replaced a part of the piece. So there is none until it has succeeded.
+    pieceStart = position;
+    cursor = end = buffer;
     if (!UTF8File::read(buffer, count)) return false;
     pieceStart = newStart;
     cursor = buffer + (position - newStart);

@@ -62,8 +62,8 @@ public:
     // Returns: false when no complete line lies ahead, which is no error; so it is, too, at a last line without a line
     // feed. `line` then holds the `length` bytes so far, without a zero byte, and `nextPosition` is as it was. A stream that
     // is closed or has no piece leaves `length` alone as well.
+    // A failed read of the file is false too, and leaves the stream at the first byte that could not be read.
     // Limit: `size` - 1 bytes; the rest of a longer line is passed over. Requires: `size` is above 0.
-    // Warning: a false after a failed read leaves a piece whose bytes are not to be trusted; open the file again.
     bool readLineStream(char* line, int size, int& length, std::int64_t& nextPosition);
     // The same without keeping anything: finds the start of the next line.
     bool scanLineStream(std::int64_t& nextPosition);
@@ -89,6 +89,7 @@ protected:
     }
     // Fills `buffer` with the piece that the stream position lies in; pieces start at multiples of `pieceSize`, so the last
     // one, read again, has grown. The stream position does not move. Returns: false at the last known size and on failure.
+    // After a failed read the piece is empty, and the next read starts anew at the position.
     bool readNextPiece();
 
 private:
