@@ -206,6 +206,19 @@ TEST_F(LogCharStreamTest, OpenOfNothingStoresThePathAndIsFalse) {
     }
 }
 
+TEST_F(LogCharStreamTest, PathMayBeAPartOfTheOwnName) {
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path());
+    folder.write("log", "one\n");
+    log.name = "old log";
+    EXPECT_TRUE(log.open(log.name.data + 4, 8, UTF8File::READ));
+    EXPECT_STREQ("log", log.name.data);
+    EXPECT_TRUE(log.open(log.name.data, 8, UTF8File::READ));
+    expectLine(__LINE__, log, "one\n", 4);
+    log.close();
+    std::filesystem::current_path(before);
+}
+
 TEST_F(LogCharStreamTest, FailedOpenLeavesTheObjectClosed) {
     open("one\n");
     const std::string missing = folder.file("missing");

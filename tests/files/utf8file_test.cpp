@@ -11,6 +11,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -20,6 +21,7 @@
 #include <windows.h>
 #else
 #include <fcntl.h>
+#include <sys/stat.h>
 #endif
 
 #include "tests/support/message.h"
@@ -629,6 +631,67 @@ TEST(UTF8FileWrite, NothingIsAlwaysWritten) {
         EXPECT_EQ(lastOp, file.lastOp);
     }
     file.lastOp = 2;
+}
+
+// Of more bytes than an int can count as well, and of a view whose end lies in front of its begin.
+TEST(UTF8FileWrite, CountThatIsNoneFailsAndLeavesTheStream) {
+    TempFolder folder;
+    const std::string name = folder.file("a");
+    char few[16] = {};
+    const auto viewOf = [&](std::int64_t size) {
+        return ChPair(few, reinterpret_cast<char*>(reinterpret_cast<std::intptr_t>(few) + size));
+    };
+    const std::string noRead = "LCA__Read_file_error " + path(name) + " " + system(EINVAL);
+    const std::string noWrite = "LCA__Write_file_error " + path(name) + " " + system(EINVAL);
+    const std::string tooBig = "LCA__Too_big_file " + path(name);
+    struct Row {
+        int line;
+        std::function<bool(UTF8File&)> call;
+        std::string message;
+        int error;  // the errno that is left; 0: the one from before
+    };
+    const Row rows[] = {
+        {__LINE__, [&](UTF8File& file) { return file.read(few, -1); }, noRead, EINVAL},
+        {__LINE__, [&](UTF8File& file) { return file.read(few, INT_MIN); }, noRead, EINVAL},
+        {__LINE__, [&](UTF8File& file) { return file.write(few, -1); }, noWrite, EINVAL},
+        {__LINE__, [&](UTF8File& file) { return file.write(few, INT_MIN); }, noWrite, EINVAL},
+        {__LINE__, [&](UTF8File& file) { return file.write(viewOf(-1)); }, noWrite, EINVAL},
+        {__LINE__, [&](UTF8File& file) { return file.write(viewOf(-(std::int64_t{1} << 32) + 5)); }, noWrite, EINVAL},
+        {__LINE__, [&](UTF8File& file) { return file.write(viewOf(std::int64_t{INT_MAX} + 1)); }, tooBig, 0},
+        {__LINE__, [&](UTF8File& file) { return file.write(viewOf(std::int64_t{1} << 32)); }, tooBig, 0},
+        {__LINE__, [&](UTF8File& file) { return file.write(viewOf((std::int64_t{1} << 32) + 5)); }, tooBig, 0},
+    };
+    for (const Row& row : rows) {
+        for (bool policy : {false, true}) {
+            for (int lastOp : {0, 1, 2}) {
+                SCOPED_TRACE(testing::Message() << "row at line " << row.line << ", last operation " << lastOp);
+                UTF8File file(policy);
+                folder.write("a", "content");
+                ASSERT_TRUE(file.open(name, UTF8File::UPDATE));
+                ASSERT_TRUE(file.seek(3, 0));
+                file.lastOp = lastOp;
+                bool result = true;
+                int left = 0;
+                EXPECT_EQ(policy ? row.message : "(nothing)", thrownMessage([&] {
+                              errno = 0;
+                              result = row.call(file);
+                              left = errno;
+                          }));
+                EXPECT_EQ(policy, result);
+                if (!policy) {
+                    EXPECT_EQ(row.error, left);
+                }
+                EXPECT_EQ(lastOp, file.lastOp);
+                EXPECT_EQ(3, file.pos());
+                EXPECT_EQ("content", folder.read("a"));
+                file.lastOp = 2;
+                char c;
+                errno = 0;
+                EXPECT_TRUE(file.read(c));
+                EXPECT_EQ('t', c);
+            }
+        }
+    }
 }
 
 TEST(UTF8FileWrite, ToAStreamForReadingFails) {
@@ -1754,6 +1817,132 @@ TEST(UTF8FileRename, NameFollowsAlthoughTheStreamHasTheOldOne) {
     ASSERT_TRUE(file.close());
     EXPECT_EQ("before behind", folder.read("b"));
     EXPECT_FALSE(folder.has("a"));
+}
+
+#endif
+
+// ---- paths that are parts of what they change ----
+
+TEST(UTF8FilePathArguments, MayBePartsOfTheOwnName) {
+    TempFolder folder;
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path());
+    {
+        folder.write("left", "content");
+        UTF8File file("some left", true);
+        EXPECT_TRUE(file.open(file.name.data + 5, UTF8File::READ));
+        EXPECT_STREQ("left", file.name.data);
+        EXPECT_TRUE(file.open(file.name.data, UTF8File::READ) && file.close());
+
+        UTF8File moved("left", true);
+        EXPECT_TRUE(moved.rename(moved.name.data + 1));
+        EXPECT_STREQ("eft", moved.name.data);
+        EXPECT_EQ("content", folder.read("eft"));
+        EXPECT_FALSE(folder.has("left"));
+
+        UTF8File::Info info;
+        EXPECT_TRUE(moved.info(info));
+        EXPECT_TRUE(UTF8File::info(moved.name.data, info, true));
+        EXPECT_TRUE(UTF8File::exist(moved.name.data));
+        EXPECT_FALSE(UTF8File::exist(moved.name.data + 1));
+        EXPECT_EQ("LCA__Disk_full LCA__Path_s(ft)",
+                  thrownMessage([&] { moved.erro(VELMORA_DICT, LCA__Disk_full, moved.name.data + 1, -1); }));
+
+        UTF8File missing("no such file", true);
+        EXPECT_EQ("LCA__Cannot_open_file LCA__Path_s(such file) " + system(ENOENT),
+                  thrownMessage([&] { missing.open(missing.name.data + 3, UTF8File::READ); }));
+        EXPECT_STREQ("such file", missing.name.data);
+        EXPECT_EQ("LCA__Could_not_rename_file LCA__Path_s(such file) " + system(ENOENT),
+                  thrownMessage([&] { missing.rename(missing.name.data + 5); }));
+        EXPECT_STREQ("such file", missing.name.data);
+    }
+    std::filesystem::current_path(before);
+}
+
+// A std::string is its characters up to the first zero.
+TEST(UTF8FilePathArguments, StringEndsAtItsFirstZero) {
+    TempFolder folder;
+    const std::string name = folder.write("a", "content");
+    const std::string longer = name + std::string("\0.txt", 5);
+    UTF8File kept(longer);
+    EXPECT_STREQ(name.c_str(), kept.name.data);
+    UTF8File file;
+    EXPECT_TRUE(file.open(longer, UTF8File::READ));
+    EXPECT_STREQ(name.c_str(), file.name.data);
+    EXPECT_TRUE(UTF8File::exist(longer));
+    UTF8File::Info info;
+    EXPECT_TRUE(UTF8File::info(longer, info, false));
+    ASSERT_TRUE(file.close());
+    EXPECT_TRUE(file.rename(folder.file("b") + std::string("\0c", 2)));
+    EXPECT_STREQ(folder.file("b").c_str(), file.name.data);
+    EXPECT_EQ("content", folder.read("b"));
+}
+
+#ifndef _WIN32
+
+// ---- access and links ----
+
+TEST(UTF8FileAccess, WhatIsMadeIsOpenToAllButTheMask) {
+    for (mode_t mask : {0, 022, 077}) {
+        SCOPED_TRACE(mask);
+        TempFolder folder;
+        const mode_t before = umask(mask);
+        UTF8File made(folder.file("folder")), file;
+        const bool ok = made.mkdir() && file.open(folder.file("file"), UTF8File::WRITE);
+        UTF8File::save(folder.file("saved").c_str(), std::string("x"));
+        UTF8File::safe_save(folder.file("safely").c_str(), std::string("x"));
+        umask(before);
+        ASSERT_TRUE(ok);
+        UTF8File::Info info;
+        ASSERT_TRUE(made.info(info));
+        EXPECT_EQ(0777U & ~mask, info.st_mode & 07777U);
+        for (const char* name : {"file", "saved", "safely"}) {
+            ASSERT_TRUE(UTF8File::info(folder.file(name), info, false));
+            EXPECT_EQ(0666U & ~mask, info.st_mode & 07777U) << name;
+        }
+    }
+}
+
+TEST(UTF8FileLinks, InfoAndExistFollowThem) {
+    TempFolder folder;
+    folder.write("file", "12345");
+    UTF8File(folder.file("folder"), true).mkdir();
+    std::filesystem::create_symlink("file", folder.file("toFile"));
+    std::filesystem::create_symlink("toFile", folder.file("toLink"));
+    std::filesystem::create_symlink("folder", folder.file("toFolder"));
+    std::filesystem::create_symlink("nothing", folder.file("toNothing"));
+    std::filesystem::create_symlink("toItself", folder.file("toItself"));
+    struct Row {
+        int line;
+        const char* name;
+        unsigned type;  // 0: there is nothing
+    };
+    const Row rows[] = {
+        {__LINE__, "toFile", S_IFREG}, {__LINE__, "toLink", S_IFREG}, {__LINE__, "toFolder", S_IFDIR},
+        {__LINE__, "toNothing", 0},    {__LINE__, "toItself", 0},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.line);
+        const std::string name = folder.file(row.name);
+        UTF8File::Info info = {};
+        EXPECT_EQ(row.type != 0, UTF8File::exist(name));
+        EXPECT_EQ(row.type != 0, UTF8File::info(name, info, false));
+        if (row.type != 0) {
+            EXPECT_EQ(row.type, info.st_mode & S_IFMT);
+        } else {
+            EXPECT_EQ("LCA__Could_not_get_information_for(" + name + ")",
+                      thrownMessage([&] { UTF8File::info(name, info, true); }));
+        }
+        if (row.type == S_IFREG) {
+            EXPECT_EQ(5, info.st_size);
+        }
+    }
+    // A removal is of the link, wherever it leads to.
+    for (const char* name : {"toFile", "toNothing", "toItself"}) {
+        EXPECT_TRUE(UTF8File(folder.file(name)).remove());
+        EXPECT_FALSE(std::filesystem::is_symlink(folder.file(name)));
+    }
+    EXPECT_EQ("12345", folder.read("file"));
 }
 
 #endif

@@ -297,7 +297,9 @@ TEST(UTF8FileLoad, SizeBeyondAnIntIsNeverASuccess) {
         std::error_code refused;
         std::filesystem::resize_file(name, size, refused);
         if (refused) GTEST_SKIP() << "the file system does not hold such a file";
-        expectLoads(name, INT64_MAX, "LCA__Not_enough_memory_to_load_file " + path(name));
+        expectLoads(name, INT64_MAX, "LCA__Too_big_file " + path(name));
+        expectLoads(name, size, "LCA__Too_big_file " + path(name));
+        expectLoads(name, size - 1, "LCA__Too_big_file " + path(name));
     }
 }
 
@@ -314,6 +316,69 @@ TEST(UTF8FileLoad, FolderIsNeverASuccess) {
     EXPECT_THROW(UTF8File::load(folder.path().c_str(), vector, INT64_MAX), TTT);
 }
 #endif
+
+// Nothing is opened and nothing removed for bytes that one write cannot take; none of them is looked at.
+TEST(UTF8FileWhole, SizeBeyondAnIntIsRefusedBeforeAnythingIsTouched) {
+    const char few[16] = {};
+    for (const std::uint64_t size : {std::uint64_t{INT_MAX} + 1, std::uint64_t{3000000000}, std::uint64_t{1} << 32,
+                                     (std::uint64_t{1} << 32) + 5, UINT64_MAX}) {
+        SCOPED_TRACE(size);
+        TempFolder folder;
+        for (const char* name : {"there", "not there"}) {
+            const std::string whole = folder.file(name);
+            const bool before = std::strcmp(name, "there") == 0;
+            if (before) folder.write(name, "old");
+            const std::string refused = "LCA__Too_big_file " + path(whole);
+            EXPECT_EQ(refused, thrownMessage([&] { UTF8File::save(whole.c_str(), few, size); }));
+            EXPECT_EQ(refused, thrownMessage([&] { UTF8File::safe_save(whole.c_str(), few, size); }));
+            EXPECT_EQ(before, folder.has(name));
+            EXPECT_FALSE(folder.has(name + std::string(".tmp")));
+        }
+        EXPECT_EQ("old", folder.read("there"));
+        EXPECT_EQ("LCA__Cannot_open_file", thrownMessage([&] { UTF8File::save(nullptr, few, size); }));
+        EXPECT_EQ("LCA__Cannot_open_file", thrownMessage([&] { UTF8File::safe_save(nullptr, few, size); }));
+    }
+}
+
+// The argument may be a part of what the call replaces.
+TEST(UTF8FileWhole, PathMayLieInTheTarget) {
+    TempFolder folder;
+    const std::string name = folder.write("a", "content");
+    const std::string inText = "xx" + name;  // a path from the third byte on
+    for (const bool found : {true, false}) {
+        const std::string expected = found ? "(nothing)" : "LCA__Cannot_open_file " + path(name) + " " + system(ENOENT);
+        if (!found) std::filesystem::remove(name);
+        ArrayHolder<char> array;
+        array.data = strnew(inText.data(), inText.size());
+        EXPECT_EQ(expected, thrownMessage([&] { UTF8File::load(array.data + 2, array, kAnySize, true); }));
+        ChArr text(inText);
+        EXPECT_EQ(expected, thrownMessage([&] { UTF8File::load(text.data + 2, text, kAnySize, true); }));
+        Bag bag(inText.c_str(), static_cast<int>(inText.size()) + 1);
+        EXPECT_EQ(expected, thrownMessage([&] { UTF8File::load(bag.data + 2, bag, kAnySize, true); }));
+        std::string string = inText;
+        EXPECT_EQ(expected, thrownMessage([&] { UTF8File::load(string.c_str() + 2, string, kAnySize); }));
+        CharVector vector(inText);
+        EXPECT_EQ(expected, thrownMessage([&] { UTF8File::load(vector.data + 2, vector, kAnySize); }));
+        if (!found) {
+            EXPECT_EQ(nullptr, array.data);
+            EXPECT_EQ(inText, std::string(text.data));
+            EXPECT_EQ("", string);
+            EXPECT_EQ(nullptr, vector.data);
+            continue;
+        }
+        EXPECT_STREQ("content", array.data);
+        EXPECT_STREQ("content", text.data);
+        EXPECT_EQ("content", contentOf(bag));
+        EXPECT_EQ("content", string);
+        EXPECT_EQ("content", vector.std());
+    }
+    const std::string itself = name;
+    UTF8File::save(itself.c_str(), itself);
+    EXPECT_EQ(name, folder.read("a"));
+    Bag bag(name.c_str(), static_cast<int>(name.size()) + 1);
+    UTF8File::safe_save(bag.data, bag);
+    EXPECT_EQ(name + '\0', folder.read("a"));
+}
 
 // As a block of negative length leaves it: the bytes in front of a Bag, or behind it, are not written.
 TEST(UTF8FileBag, ContentOfNegativeSizeIsWrittenAsNone) {

@@ -16,6 +16,12 @@ constexpr int kSynchronised = 2;
 
 constexpr int kNoSystemError = -1;
 
+bool refuseNegativeCount(UTF8File& file, int key) {
+    errno = EINVAL;
+    file.erro(VELMORA_DICT, key, file.name.data, EINVAL);
+    return false;
+}
+
 }  // namespace
 
 UTF8File::UTF8File(bool throwsFailures) : lastOp(kSynchronised), file(nullptr), throwing(throwsFailures) {}
@@ -76,6 +82,7 @@ bool UTF8File::beginWrite() {
 
 bool UTF8File::read(void* out, int size) {
     if (size == 0) return true;
+    if (size < 0) return refuseNegativeCount(*this, LCA__Read_file_error);
     if (!beginRead()) return false;
     if (std::fread(out, static_cast<std::size_t>(size), 1, file) == 1) return true;
     // An errno from an earlier call makes a plain end of file look like a read error; only open clears it.
@@ -89,6 +96,7 @@ bool UTF8File::read(void* out, int size) {
 
 bool UTF8File::write(const void* src, int size) {
     if (size == 0) return true;
+    if (size < 0) return refuseNegativeCount(*this, LCA__Write_file_error);
     if (!beginWrite()) return false;
     if (std::fwrite(src, static_cast<std::size_t>(size), 1, file) == 1) return true;
     if (errno != 0) {

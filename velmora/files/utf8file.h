@@ -15,11 +15,15 @@
 
 #include <sys/stat.h>
 
+#include <climits>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <string>
 
 #include <velmora/base.h>
+#include <velmora/localization/keys.h>
 #include <velmora/serial/ttt.h>
 #include <velmora/text/charr.h>
 #include <velmora/text/chpair.h>
@@ -71,9 +75,11 @@ public:
     bool isOpened() const { return file != nullptr; }
     int handle();
 
-    // All `size` bytes or failure. Warning: an errno that was set before the call, by whomever, makes a plain end of file a
-    // LCA__Read_file_error and a full disk a LCA__Write_file_error. Throws: LCA__Read_file_error, LCA__Unexpected_end_of_file; LCA__Write_file_error,
-    // LCA__Disk_full; LCA__Could_not_flush_file and LCA__Seek_file_error from the change between the two.
+    // All `size` bytes or failure. A negative `size` fails with EINVAL, and the stream is not touched.
+    // Warning: an errno that was set before the call, by whomever, makes a plain end of file a LCA__Read_file_error and a
+    // full disk a LCA__Write_file_error.
+    // Throws: LCA__Read_file_error, LCA__Unexpected_end_of_file; LCA__Write_file_error, LCA__Disk_full;
+    // LCA__Could_not_flush_file and LCA__Seek_file_error from the change between the two.
     bool read(void* out, int size);
     bool write(const void* src, int size);
 
@@ -91,8 +97,9 @@ public:
     // Requires: room for the longest line and a terminator. Warning: `size` bounds nothing.
     bool readLine(char* buffer, int size, bool* eof);
 
-    bool write(const char* text) { return write(text, static_cast<int>(std::strlen(text))); }
-    bool write(const ChPair& text) { return write(text.begin, text.len()); }
+    // Throws: LCA__Too_big_file too, for more than INT_MAX bytes, of which none is written.
+    bool write(const char* text) { return writeText(text, static_cast<std::ptrdiff_t>(std::strlen(text))); }
+    bool write(const ChPair& text) { return writeText(text.begin, text.end - text.begin); }
     // By the rules of printf. Limit: 4,096 bytes.
     bool writef(const char* format, ...) VELMORA_PRINTF(2, 3);
 
@@ -143,10 +150,10 @@ public:
     void erro(LocDictionaryId dictionary, int id, const char* path, int systemError);
     void erro(const TTT& message, const char* path, int systemError);
 
-    // Read a whole file. `limit`: the largest size accepted, in bytes. `terminate`: a zero byte goes behind the data
-    // and counts nowhere. Returns: the size of the file.
-    // Throws: LCA__Cannot_open_file (also for a null path), LCA__Too_big_file, LCA__Not_enough_memory_to_load_file (also for a size above INT_MAX or
-    // none at all) and the failures of read.
+    // Read a whole file. `limit`: the largest size accepted, in bytes. `terminate`: a zero byte goes after the data
+    // and counts nowhere. The path may be a part of the target. Returns: the size of the file.
+    // Throws: LCA__Cannot_open_file (also for a null path), LCA__Too_big_file (also for a size above INT_MAX),
+    // LCA__Not_enough_memory_to_load_file (also for a file that has no size) and the failures of read.
     // Owns: the target. After a failure a ChArr or Bag is as it was, the others are empty or filled in part.
     static std::uint64_t load(const char* path, ArrayHolder<char>& data, std::uint64_t limit, bool terminate);
     static std::uint64_t load(const char* path, ChArr& text, std::uint64_t limit, bool terminate);
@@ -154,7 +161,8 @@ public:
     static std::uint64_t load(const char* path, std::string& text, std::uint64_t limit);
     static std::uint64_t load(const char* path, CharVector& text, std::uint64_t limit);
 
-    // Write a whole file in place. Limit: INT_MAX bytes, here and below.
+    // Write a whole file in place. Throws: LCA__Too_big_file, for more than INT_MAX bytes, before anything is touched.
+    // A Bag of negative size is written as an empty one. Both apply to safe_save too.
     static void save(const char* path, const void* data, std::uint64_t size);
     static void save(const char* path, const Bag& bag);
     static void save(const char* path, const std::string& text) { save(path, text.data(), text.size()); }
@@ -180,6 +188,11 @@ protected:
     bool measure(std::int64_t& bytes);
 
 private:
+    bool writeText(const char* begin, std::ptrdiff_t size) {
+        if (size <= INT_MAX) return write(begin, size < 0 ? -1 : static_cast<int>(size));
+        erro(VELMORA_DICT, LCA__Too_big_file, nullptr, -1);
+        return false;
+    }
     bool beginRead();
     bool beginWrite();
     bool reportUnless(int error, int harmless, int key);

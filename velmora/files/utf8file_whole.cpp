@@ -33,20 +33,22 @@ bool allocated(UTF8File& file, Allocate allocate) {
     return false;
 }
 
-// Which open refuses without a word.
+// Which open refuses silently.
 void requirePath(const char* path) {
     if (!path) throw TTT(VELMORA_DICT, LCA__Cannot_open_file);
 }
 
-// The road of every load. `allocate` takes the file's size and gives the place for its bytes, or null for none.
-template <class Allocate>
-std::uint64_t loadInto(const char* path, std::uint64_t limit, Allocate allocate) {
-    requirePath(path);
-    UTF8File file(true);
-    file.open(path, UTF8File::READ);
-    const std::int64_t size = file.checkSize(static_cast<std::int64_t>(limit));
-    // What is no file has no size or an absurd one, and a read takes an int.
-    if (size < 0 || size > INT_MAX) reportNoMemory(file);
+// What every load does. `release` empties the target, which the path may lie in. `allocate` takes the file's size and
+// gives the place for its bytes, or null for none.
+template <class Release, class Allocate>
+std::uint64_t loadInto(const char* path, std::uint64_t limit, Release release, Allocate allocate) {
+    UTF8File file(path, true);
+    release();
+    requirePath(file.name.data);
+    file.open(UTF8File::READ);
+    // A read takes an int.
+    const std::int64_t size = file.checkSize(std::min<std::int64_t>(static_cast<std::int64_t>(limit), INT_MAX));
+    if (size < 0) reportNoMemory(file);  // anything but a regular file may report no size
     char* target = nullptr;
     allocated(file, [&] { target = allocate(static_cast<int>(size)); });
     file.read(target, static_cast<int>(size));
@@ -57,6 +59,12 @@ std::uint64_t loadInto(const char* path, std::uint64_t limit, Allocate allocate)
 // A block of negative length leaves a content that ends in front of the Bag.
 int sizeOf(const Bag& bag) { return std::max(bag.size, 0); }
 
+// A write takes an int. What it does not take is refused before anything is opened or removed.
+void requireWritable(const char* path, std::uint64_t size) {
+    requirePath(path);
+    if (size > INT_MAX) UTF8File(true).erro(VELMORA_DICT, LCA__Too_big_file, path, kNoSystemError);
+}
+
 void writeWhole(UTF8File& file, const void* data, std::uint64_t size) {
     file.open(UTF8File::WRITE);
     if (size != 0) file.write(data, static_cast<int>(size));
@@ -66,8 +74,8 @@ void writeWhole(UTF8File& file, const void* data, std::uint64_t size) {
 }  // namespace
 
 std::uint64_t UTF8File::load(const char* path, ArrayHolder<char>& data, std::uint64_t limit, bool terminate) {
-    delete[] data.steal();
-    return loadInto(path, limit, [&](int size) {
+    auto release = [&] { delete[] data.steal(); };
+    return loadInto(path, limit, release, [&](int size) {
         const std::size_t block = static_cast<std::size_t>(size) + (terminate ? 1 : 0);
         if (block != 0) {
             data.data = new char[block];
@@ -93,20 +101,20 @@ std::uint64_t UTF8File::load(const char* path, Bag& bag, std::uint64_t limit, bo
 }
 
 std::uint64_t UTF8File::load(const char* path, std::string& text, std::uint64_t limit) {
-    text.clear();
-    return loadInto(path, limit, [&](int size) {
+    auto release = [&] { text.clear(); };
+    return loadInto(path, limit, release, [&](int size) {
         text.resize(static_cast<std::size_t>(size));
         return &text[0];
     });
 }
 
 std::uint64_t UTF8File::load(const char* path, CharVector& text, std::uint64_t limit) {
-    text.clear();
-    return loadInto(path, limit, [&](int size) { return text.prepare(size); });
+    auto release = [&] { text.clear(); };
+    return loadInto(path, limit, release, [&](int size) { return text.prepare(size); });
 }
 
 void UTF8File::save(const char* path, const void* data, std::uint64_t size) {
-    requirePath(path);
+    requireWritable(path, size);
     UTF8File file(path, true);
     writeWhole(file, data, size);
 }
@@ -114,7 +122,7 @@ void UTF8File::save(const char* path, const void* data, std::uint64_t size) {
 void UTF8File::save(const char* path, const Bag& bag) { save(path, bag.data, static_cast<std::uint64_t>(sizeOf(bag))); }
 
 void UTF8File::safe_save(const char* path, const void* data, std::uint64_t size) {
-    requirePath(path);
+    requireWritable(path, size);
     UTF8File temporary(std::string(path) + ".tmp", true);
     writeWhole(temporary, data, size);
     UTF8File(path, true).remove();  // a rename does not replace its target
