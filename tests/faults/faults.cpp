@@ -120,7 +120,7 @@ extern "C" std::size_t __wrap_wcsftime(wchar_t* out, std::size_t size, const wch
     return length;
 }
 
-// The stream is gone also when its close fails.
+// What is closed is gone also when its close fails.
 extern "C" int __real_fclose(FILE* file);
 extern "C" int __wrap_fclose(FILE* file);
 extern "C" int __wrap_fclose(FILE* file) {
@@ -130,6 +130,17 @@ extern "C" int __wrap_fclose(FILE* file) {
     if (!failing) return result;
     errno = error;
     return EOF;
+}
+
+extern "C" int __real_closedir(DIR* folder);
+extern "C" int __wrap_closedir(DIR* folder);
+extern "C" int __wrap_closedir(DIR* folder) {
+    const bool failing = fails("closedir");
+    const int error = errno;
+    const int result = __real_closedir(folder);
+    if (!failing) return result;
+    errno = error;
+    return -1;
 }
 
 extern "C" int __real_fcntl(int file, int command, ...);

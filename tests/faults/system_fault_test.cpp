@@ -117,4 +117,83 @@ TEST(SystemFault, EntryThatIsGoneIsPassedOver) {
     EXPECT_FALSE(find.next());
 }
 
+// ---- the end of a folder, and a failure on the way there ----
+
+// How far a find has come, and why it has ended.
+struct Listing {
+    int entries = 0;
+    int error = -1;
+    bool closed = false;
+};
+
+Listing listed(const char* mask) {
+    Listing listing;
+    errno = EPERM;  // of some call before
+    ZFindFile find(mask);
+    while (find.next()) {
+        ++listing.entries;
+        find.getName();
+        errno = EPERM;
+    }
+    listing.error = errno;
+    listing.closed = find.handle == -1;
+    return listing;
+}
+
+TEST(SystemFault, FolderThatCannotBeReadToItsEndIsNoEnd) {
+    support::TempFolder folder;
+    for (const char* name : {"one", "two", "three"}) folder.write(name, "");
+    const std::string all = folder.path(), some = folder.path() + "/t*", none = folder.path() + "/q*";
+    struct Row {
+        int line;
+        std::string mask;
+        int matching;
+    };
+    const Row rows[] = {{__LINE__, all, 3}, {__LINE__, some, 2}, {__LINE__, none, 0}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.line);
+        const Listing whole = listed(row.mask.c_str());
+        EXPECT_EQ(row.matching, whole.entries);
+        EXPECT_EQ(0, whole.error);
+        EXPECT_TRUE(whole.closed);
+        Listing listing;
+        const int faults = faults::failEach([&] { listing = {}; }, [&] { listing = listed(row.mask.c_str()); },
+                                            [&](const faults::Fault& fault) {
+                                                EXPECT_TRUE(listing.closed);
+                                                // An entry that cannot be looked at is listed, and a close changes nothing.
+                                                const bool cutShort =
+                                                    fault.function == "opendir" || fault.function == "readdir";
+                                                EXPECT_EQ(cutShort ? fault.error : 0, listing.error) << fault.function;
+                                                if (!cutShort) {
+                                                    EXPECT_EQ(row.matching, listing.entries) << fault.function;
+                                                }
+                                                EXPECT_LE(listing.entries, row.matching);
+                                            });
+        EXPECT_LE(4 * (1 + 6 + 1), faults);  // opening, five entries and the end, closing
+    }
+}
+
+TEST(SystemFault, WhyAFindCannotStart) {
+    support::TempFolder folder;
+    folder.write("file", "");
+    const std::string base = folder.path() + "/";
+    const struct {
+        int line;
+        std::string mask;
+        int error;
+    } rows[] = {
+        {__LINE__, "", ENOENT},
+        {__LINE__, base + "missing", ENOENT},
+        {__LINE__, base + "missing/*", ENOENT},
+        {__LINE__, base + "file", ENOTDIR},
+        {__LINE__, base + "file/x*", ENOTDIR},
+        {__LINE__, base + "x*", 0},
+        {__LINE__, base + "f*", 0},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.line);
+        EXPECT_EQ(row.error, listed(row.mask.c_str()).error);
+    }
+}
+
 }  // namespace

@@ -1,5 +1,6 @@
 #include <velmora/files/findfile.h>
 
+#include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
@@ -80,7 +81,9 @@ bool ZFindFile::next() {
         if (attributes >= 0) {
             platform::FoundEntry entry{};
             if (!platform::findNext(handle, entry)) {
+                const int error = errno;
                 release();
+                errno = error;
                 return false;
             }
             copyEntry(record, entry);

@@ -1,9 +1,11 @@
 // The entries of a folder, by a UTF-8 mask, with UTF-8 names and a filter of two masks of attribute bits. "." and ".."
-// are never shown. A find that cannot start and a folder with nothing accepted look the same: next() is false.
+// are never shown. A folder that cannot be listed, or not to its end, and one with nothing more look the same: next() is
+// false. `errno` tells them apart.
 //
 //     ZFindFile find("/var/log");
 //     find.allowDirs(true);
 //     while (find.next()) use(find.getName(), find.getSize());
+//     if (errno != 0) return reportThatTheListIsNotWhole(errno);
 //
 // The order is the system's. An object is for one thread. Memory that runs out is std::bad_alloc from getName and from
 // copies; where it prevents the find, there is nothing to find.
@@ -44,7 +46,8 @@ public:
     Record record;       // the current entry
     std::int64_t handle;  // -1 when closed
 
-    // Starts the find. A mask that ends in `*` is taken as it is: a folder and a pattern for the names in it, where `*`
+    // Starts the find. When it finds no entry, `handle` is -1 and `errno` is 0 where there is none, else the reason.
+    // A mask that ends in `*` is taken as it is: a folder and a pattern for the names in it, where `*`
     // stands for any text, `?` for one character and `*.*` for all names. Any other mask names a folder to list, with
     // or without a separator (`\` on Windows, `/` elsewhere) at its end: "logs/*.txt" is a folder of that name. An
     // empty mask finds nothing. Case counts where it does for the system's file names.
@@ -68,7 +71,9 @@ public:
     void allowDirs(bool allow) { setDenied(kFolder, !allow); }
     void allowFiles(bool allow) { setDenied(kFile, !allow); }
 
-    // Moves to the next accepted entry, at first to the first one. False at the end, and ever after.
+    // Moves to the next accepted entry, at first to the first one. False at the end, and ever after. At the end `errno`
+    // is 0, and the error's number where the rest could not be listed. With `handle` at -1 `errno` stays: after a
+    // constructor that found no entry it is still the constructor's, if nothing else has set it since.
     bool next();
 
     // The rest is meaningful after next() was true.

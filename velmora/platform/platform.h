@@ -96,9 +96,9 @@ struct FoundEntry {
 
 // Begins to list what the mask names: the range, which is at most 260 characters, and `tail` behind it. In the last item of
 // the mask `*` is any text and `?` one character, and "*.*" is everything. "." and ".." are entries, too.
-// Returns: a handle, with the first entry in `out`; -1 when nothing matches or the folder cannot be listed.
+// Returns: a handle, with the first entry in `out`; -1 when nothing matches, with errno 0, or the folder cannot be listed.
 std::int64_t findFirst(const char* begin, const char* end, const char* tail, FoundEntry& out);
-// Returns: false at the end.
+// Returns: false at the end, with errno 0, and on failure.
 bool findNext(std::int64_t handle, FoundEntry& out);
 // Nothing happens to a handle that is closed already.
 void findClose(std::int64_t handle);

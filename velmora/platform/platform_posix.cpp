@@ -569,7 +569,10 @@ bool Find::open(const char* begin, const char* end, const char* tail) {
 }
 
 bool Find::step(FoundEntry& out) {
-    while (const dirent* entry = readdir(folder)) {
+    for (;;) {
+        errno = 0;  // readdir sets it, or not at the end
+        const dirent* entry = readdir(folder);
+        if (!entry) return false;
         const char* name = entry->d_name;
         if (!matches(pattern, name) || !toUnits(name, out.name)) continue;
 
@@ -588,7 +591,6 @@ bool Find::step(FoundEntry& out) {
         out.size = known && !isFolder ? static_cast<std::uint32_t>(info.st_size) : 0;
         return true;
     }
-    return false;
 }
 
 }  // namespace
@@ -599,8 +601,9 @@ std::int64_t findFirst(const char* begin, const char* end, const char* tail, Fou
     Find* find = new (std::nothrow) Find;
     if (!find) return fail(ENOMEM), -1;
     if (!find->open(begin, end, tail) || !find->step(out)) {
+        const int error = errno;
         delete find;
-        return -1;
+        return fail(error), -1;
     }
     std::lock_guard<std::mutex> guard(findsLock);
     find->handle = ++lastHandle;
@@ -615,7 +618,7 @@ bool findNext(std::int64_t handle, FoundEntry& out) {
         std::lock_guard<std::mutex> guard(findsLock);
         find = *placeOf(handle);
     }
-    return find && find->step(out);
+    return find ? find->step(out) : (fail(EBADF), false);
 }
 
 void findClose(std::int64_t handle) {

@@ -188,6 +188,11 @@ void copyEntry(FoundEntry& out, const struct _wfinddata64i32_t& data) {
     std::wmemcpy(out.name, data.name, 260);
 }
 
+// The runtime has one errno for the end and for a missing folder, so the system is asked.
+void clearErrorAtEnd(DWORD end) {
+    if (GetLastError() == end) errno = 0;
+}
+
 }  // namespace
 
 char separator() { return '\\'; }
@@ -200,13 +205,20 @@ std::int64_t findFirst(const char* begin, const char* end, const char* tail, Fou
     *p = 0;
     struct _wfinddata64i32_t data = {};
     std::int64_t handle = _wfindfirst64i32(mask, &data);
-    if (handle != -1) copyEntry(out, data);
+    if (handle != -1) {
+        copyEntry(out, data);
+    } else {
+        clearErrorAtEnd(ERROR_FILE_NOT_FOUND);
+    }
     return handle;
 }
 
 bool findNext(std::int64_t handle, FoundEntry& out) {
     struct _wfinddata64i32_t data = {};
-    if (_wfindnext64i32(handle, &data) != 0) return false;
+    if (_wfindnext64i32(handle, &data) != 0) {
+        clearErrorAtEnd(ERROR_NO_MORE_FILES);
+        return false;
+    }
     copyEntry(out, data);
     return true;
 }
