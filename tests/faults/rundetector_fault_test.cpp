@@ -130,7 +130,8 @@ TEST_F(RunDetectorFault, EveryCallMayFail) {
     const int faults = faults::failEach(
         [&] {
             run.reset();
-            std::filesystem::remove(folder.file("lock"));
+            for (const std::string& name : names()) std::filesystem::remove(folder.file(name));
+            folder.write("lock.1.0", "");
             run = std::make_unique<RunDetector>(base.c_str(), "lock");
         },
         [&] {
@@ -140,11 +141,14 @@ TEST_F(RunDetectorFault, EveryCallMayFail) {
             run->file = nullptr;
         },
         [&](const faults::Fault& fault) {
-            if (fault.function.empty()) {
-                EXPECT_TRUE(locked);
+            // Whatever could not be removed stays; it is no reason to refuse the lock.
+            const std::string& name = fault.function;
+            if (name.empty() || name == "opendir" || name == "readdir" || name == "openat" || name == "unlinkat") {
+                EXPECT_TRUE(locked) << name;
             }
+            EXPECT_EQ(!name.empty() && (folder.has("lock.1.0") || folder.has("lock")), !isEmpty()) << name;
         });
-    EXPECT_LE(20, faults);
+    EXPECT_LE(60, faults);
 }
 
 // ---- several processes ----

@@ -30,8 +30,22 @@ TEST(SystemFault, MessageLosesItsEndOnce) {
         {__LINE__, "Not found\n\n", "Not found\n"},
         {__LINE__, "Not found\n\r", "Not found\n"},
         {__LINE__, "Not found\r\n.", "Not found\r\n"},
+        {__LINE__, "Not found.\n", "Not found"},
+        {__LINE__, "Not found.\r", "Not found"},
+        {__LINE__, "Not found\r", "Not found"},
+        {__LINE__, "Not found\r\n", "Not found"},
+        {__LINE__, "Not found\r\r\n", "Not found\r"},
+        {__LINE__, "Not found.\n\r", "Not found.\n"},
+        {__LINE__, "Not found.\r\n\n", "Not found.\r\n"},
+        {__LINE__, "Not found\r.", "Not found\r"},
+        {__LINE__, "Not found\n.", "Not found\n"},
+        {__LINE__, "Not found .\r\n", "Not found "},
         {__LINE__, ".\r\n", ""},
+        {__LINE__, "\r\n", ""},
         {__LINE__, "\n", ""},
+        {__LINE__, ".", ""},
+        {__LINE__, "..", "."},
+        {__LINE__, "", ""},
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.line);

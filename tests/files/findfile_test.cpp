@@ -7,6 +7,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <set>
 #include <string>
@@ -475,6 +476,70 @@ TEST_F(FindFileTest, CopyGoesOnWhereTheOriginalWas) {
     EXPECT_EQ(source.record.name[0], target.record.name[0]);
     source.handle = -1;
     EXPECT_EQ(names, rest(target));
+}
+
+TEST_F(FindFileTest, AssignmentTakesEveryField) {
+    folder.write("12345", "12345");
+    folder.setReadOnly("12345", true);
+    makeFolder("other");
+    ZFindFile source(base.c_str());
+    source.setFilter(33, 18);
+    ASSERT_TRUE(source.next());
+    ASSERT_STREQ("12345", source.getName());
+    ASSERT_EQ(33, source.attributes);
+    ZFindFile target(mask("other").c_str());
+    target.allowDirs(true);
+    target.next();
+    target.release();
+    EXPECT_EQ(&target, &(target = source));
+    for (const ZFindFile* find : {&source, &target}) {
+        EXPECT_EQ(33, find->allowMask);
+        EXPECT_EQ(18, find->denyMask);
+        EXPECT_EQ(33, find->attributes);
+        EXPECT_STREQ("12345", find->name.data);
+        EXPECT_EQ(5, find->getSize());
+        EXPECT_FALSE(find->isDirectory());
+    }
+    EXPECT_NE(source.name.data, target.name.data);
+    EXPECT_EQ(source.handle, target.handle);
+    EXPECT_EQ(source.record.attrib, target.record.attrib);
+    EXPECT_EQ(source.record.time_create, target.record.time_create);
+    EXPECT_EQ(source.record.time_access, target.record.time_access);
+    EXPECT_EQ(source.record.time_write, target.record.time_write);
+    EXPECT_EQ(source.record.size, target.record.size);
+    EXPECT_EQ(0, std::memcmp(source.record.name, target.record.name, sizeof source.record.name));
+    source.handle = -1;
+    // From itself nothing changes; the end comes as it would have come to the first of the two.
+    const ZFindFile& itself = target;
+    target = itself;
+    EXPECT_STREQ("12345", target.getName());
+    EXPECT_FALSE(target.next());
+    // After the end there is nothing to close.
+    ZFindFile ended("");
+    ended = target;
+    EXPECT_EQ(-1, ended.handle);
+    EXPECT_FALSE(ended.next());
+    folder.setReadOnly("12345", false);
+}
+
+// A name of one find as the mask of another that takes its place.
+TEST_F(FindFileTest, MaskMayBeTheOwnName) {
+    makeFolder("inner");
+    folder.write("inner/deep", "");
+    const std::filesystem::path before = std::filesystem::current_path();
+    std::filesystem::current_path(folder.path());
+    {
+        ZFindFile find(".");
+        find.setFilter(16, 0);
+        ASSERT_TRUE(find.next());
+        ZFindFile inner(find.getName());
+        find.release();
+        find = inner;
+        inner.handle = -1;
+        ASSERT_TRUE(find.next());
+        EXPECT_STREQ("deep", find.getName());
+    }
+    std::filesystem::current_path(before);
 }
 
 #ifdef _WIN32
