@@ -16,12 +16,14 @@ struct Fault {
     bool partMoved = false;  // the first half of the bytes was read or written all the same
 };
 
-// Runs `action` with its n-th call failing by `error`. `movesPart`: a transfer that fails moves half of its bytes before.
+// Runs `action` with its n-th call failing by `error`. `movesPart`: a transfer that fails moves half of its bytes
+// before.
 // Returns: the fault, with no function when there were fewer calls.
 Fault failNth(int n, int error, const std::function<void()>& action, bool movesPart = false);
 
-// Runs `action` again and again, each time with one call later failing, for each of several errors, until it gets through.
-// A transfer fails twice: without a byte and with a part of them. `prepare` comes before each run, `check` after it.
+// Runs `action` again and again, each time with one call later failing, for each of several errors, until it gets
+// through. A transfer fails twice: without a byte and with a part of them. `prepare` comes before each run, `check`
+// after it.
 // Returns: the number of faults.
 int failEach(const std::function<void()>& prepare, const std::function<void()>& action,
              const std::function<void(const Fault&)>& check);

@@ -10,9 +10,12 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <new>
 #include <string>
@@ -290,6 +293,35 @@ TEST_F(RunDetectorFault, NextHolderRemovesWhatAKilledRunHasLeft) {
             EXPECT_EQ(Names{"lock"}, names());
         }
         EXPECT_TRUE(isEmpty());
+    }
+}
+
+// Wherever they are killed.
+TEST_F(RunDetectorFault, KilledRunsNeitherHoldNorLeaveAnything) {
+    const std::vector<std::string> systems[] = {{"open O_TMPFILE"}, {"open O_TMPFILE", "link"}};
+    unsigned pause = 0;
+    for (const auto& lacking : systems) {
+        for (int kill = 0; kill < 50; ++kill) {
+            SCOPED_TRACE(testing::Message() << lacking.size() << ", kill " << kill);
+            const pid_t child = fork();
+            ASSERT_LE(0, child);
+            if (child == 0) {
+                const AllFail fail(lacking, EOPNOTSUPP);
+                for (;;) RunDetector(base.c_str(), "lock").lock();
+            }
+            pause = (pause * 31 + 17) % 1000;
+            usleep(500 + pause);
+            ::kill(child, SIGKILL);
+            int status = 0;
+            ASSERT_EQ(child, waitpid(child, &status, 0));
+            EXPECT_NE(RunDetector::Running, state());
+            {
+                RunDetector run(base.c_str(), "lock");
+                ASSERT_TRUE(run.lock());
+                ASSERT_EQ(Names{"lock"}, names());
+            }
+            ASSERT_TRUE(isEmpty());
+        }
     }
 }
 

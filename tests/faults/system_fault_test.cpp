@@ -69,7 +69,8 @@ TEST(SystemFault, TimeThatCannotBeFormattedIsFalseAndEmpty) {
     EXPECT_STREQ("", text);
 }
 
-// Of a locale with letters beyond ASCII and beyond 16 bits: each unit becomes bytes of its own, and any of them may be cut.
+// Of a locale with letters beyond ASCII and beyond 16 bits: each unit becomes bytes of its own, and any of them may be
+// cut.
 TEST(SystemFault, DateIsEncodedUnitByUnit) {
     const faults::TimeText given(L"\u00E9\u20AC\U0001F600");
     const std::string bytes = "\xC3\xA9\xE2\x82\xAC\xED\xA0\xBD\xED\xB8\x80";
@@ -174,7 +175,8 @@ TEST(SystemFault, FolderThatCannotBeReadToItsEndIsNoEnd) {
         const int faults = faults::failEach([&] { listing = {}; }, [&] { listing = listed(row.mask.c_str()); },
                                             [&](const faults::Fault& fault) {
                                                 EXPECT_TRUE(listing.closed);
-                                                // An entry that cannot be looked at is listed, and a close changes nothing.
+                                                // An entry that cannot be looked at is listed, and a close changes
+                                                // nothing.
                                                 const bool cutShort =
                                                     fault.function == "opendir" || fault.function == "readdir";
                                                 EXPECT_EQ(cutShort ? fault.error : 0, listing.error) << fault.function;

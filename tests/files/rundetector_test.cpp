@@ -468,8 +468,8 @@ TEST_F(RunDetectorTest, RivalsNeverHoldTogether) {
 }
 
 #ifndef _WIN32
-// A file is held from its first moment to its last, so nobody ever sees it abandoned; and looking costs nobody the lock.
-// On Windows the look is an open, which a rival can run into.
+// A file is held from its first moment to its last, so nobody ever sees it abandoned; and looking costs nobody the
+// lock. On Windows the look is an open, which a rival can run into.
 TEST_F(RunDetectorTest, ObserverOfRivalsSeesNoFalseCrash) {
     int unnamed = open(folder.path().c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, 0600);
     if (unnamed < 0) GTEST_SKIP() << "the file system has no files without a name";

@@ -263,7 +263,8 @@ TEST(UTF8FileWhole, NullPathCannotBeOpened) {
 }
 
 #ifdef _WIN32
-// A stray byte and a character beyond 16 bits can be a zero to the system, which would then take the name in front of it.
+// A stray byte and a character beyond 16 bits can be a zero to the system, which would then take the name in front of
+// it.
 TEST(UTF8FileWhole, NameWithAZeroInItIsNotAnotherFile) {
     for (const char* tail : {"\xE0", "\xE0.txt", "\xF0\xA0\x80\x80", "\xF0\x90\x80\x80x"}) {
         SCOPED_TRACE(tail);
@@ -682,6 +683,29 @@ TEST(UTF8FileSafeSaveSurvival, TargetCannotBeRenamedTo) {
 }
 
 #ifndef _WIN32
+
+// As the header warns: the bytes go where the link leads to, and the link is the new file.
+TEST(UTF8FileSafeSave, LinkInPlaceOfTheTemporaryIsFollowed) {
+    TempFolder folder;
+    folder.write("a", "old");
+    folder.write("victim", "something else");
+    std::filesystem::create_symlink("victim", folder.file("a.tmp"));
+    UTF8File::safe_save(folder.file("a").c_str(), std::string("new"));
+    EXPECT_EQ("new", folder.read("victim"));
+    EXPECT_EQ("victim", std::filesystem::read_symlink(folder.file("a")).string());
+    EXPECT_FALSE(std::filesystem::is_symlink(folder.file("a.tmp")));
+}
+
+// The new file takes the place of a link, and what that led to stays.
+TEST(UTF8FileSafeSave, LinkInPlaceOfTheFileIsReplaced) {
+    TempFolder folder;
+    folder.write("kept", "old");
+    std::filesystem::create_symlink("kept", folder.file("a"));
+    UTF8File::safe_save(folder.file("a").c_str(), std::string("new"));
+    EXPECT_EQ("old", folder.read("kept"));
+    EXPECT_FALSE(std::filesystem::is_symlink(folder.file("a")));
+    EXPECT_EQ("new", folder.read("a"));
+}
 
 const char* const kFull = "/dev/full";
 

@@ -93,9 +93,9 @@ bool LogCharStream::setStreamPosition(std::int64_t position) {
     return true;
 }
 
-// Goes to the end of the next line, from line feed to line feed instead of byte by byte, and hands `sink` the bytes of the
-// line as they lie in each piece. A line feed ends the line unless the byte in front of it, carriage returns aside, is a
-// backslash, which may have come with an earlier piece.
+// Goes to the end of the next line, from line feed to line feed instead of byte by byte, and hands `sink` the bytes of
+// the line as they lie in each piece. A line feed ends the line unless the byte in front of it, carriage returns aside,
+// is a backslash, which may have come with an earlier piece.
 template <class Sink>
 bool LogCharStream::walkLine(Sink sink, std::int64_t& nextPosition) {
     char previous = 0;

@@ -56,26 +56,27 @@ public:
     // Within the piece only the cursor moves and the file is not touched.
     bool setStreamPosition(std::int64_t position);
 
-    // The next line into `line`, with its carriage returns and its line feed and a zero byte behind; `length` counts what
-    // is in front of that zero, and `nextPosition` is the start of the line behind it. A backslash at the end of a line,
-    // also in front of carriage returns, joins the next line to this one.
+    // The next line into `line`, with its carriage returns and its line feed and a zero byte behind; `length` counts
+    // what is in front of that zero, and `nextPosition` is the start of the line behind it. A backslash at the end of a
+    // line, also in front of carriage returns, joins the next line to this one.
     // Returns: false when no complete line lies ahead, which is no error; so it is, too, at a last line without a line
-    // feed. `line` then holds the `length` bytes so far, without a zero byte, and `nextPosition` is as it was. A stream that
-    // is closed or has no piece leaves `length` alone as well.
+    // feed. `line` then holds the `length` bytes so far, without a zero byte, and `nextPosition` is as it was. A stream
+    // that is closed or has no piece leaves `length` alone as well.
     // A failed read of the file is false too, and leaves the stream at the first byte that could not be read.
     // Limit: `size` - 1 bytes; the rest of a longer line is passed over. Requires: `size` is above 0.
     bool readLineStream(char* line, int size, int& length, std::int64_t& nextPosition);
     // The same without keeping anything: finds the start of the next line.
     bool scanLineStream(std::int64_t& nextPosition);
 
-    // Takes a line apart in place, into `fieldCount` zero-terminated fields. A field ends at a tab, but the last one takes
-    // in tabs; it ends at a line feed, but one behind a backslash replaces it and stays; carriage returns are dropped.
-    // fields[] gets the starts of those fields whose wanted[i] is true, one behind the other without gaps. Always true.
+    // Takes a line apart in place, into `fieldCount` zero-terminated fields. A field ends at a tab, but the last one
+    // takes in tabs; it ends at a line feed, but one behind a backslash replaces it and stays; carriage returns are
+    // dropped. fields[] gets the starts of those fields whose wanted[i] is true, one behind the other without gaps.
+    // Always true.
     // Requires: the line has `fieldCount` fields. What is missing comes out empty; nothing behind the line is read.
     static bool parseLine(int fieldCount, const bool* wanted, char** fields, char* line);
 
-    // The first line of the file, up to its line end or a zero byte; empty on failure and when closed. The piece and its
-    // cursor stay as they are. Limit: 1,023 bytes.
+    // The first line of the file, up to its line end or a zero byte; empty on failure and when closed. The piece and
+    // its cursor stay as they are. Limit: 1,023 bytes.
     void readFirstLine(std::string& line);
 
 protected:
@@ -87,9 +88,9 @@ protected:
         c = *cursor++;
         return true;
     }
-    // Fills `buffer` with the piece that the stream position lies in; pieces start at multiples of `pieceSize`, so the last
-    // one, read again, has grown. The stream position does not move. Returns: false at the last known size and on failure.
-    // After a failed read the piece is empty, and the next read starts anew at the position.
+    // Fills `buffer` with the piece that the stream position lies in; pieces start at multiples of `pieceSize`, so the
+    // last one, read again, has grown. The stream position does not move. Returns: false at the last known size and on
+    // failure. After a failed read the piece is empty, and the next read starts anew at the position.
     bool readNextPiece();
 
 private:

@@ -8,13 +8,13 @@
 //     file.close();               // throws, too: a destructor would keep a failed close to itself
 //
 // Requires: stream operations are called on an open file.
-// Limit: on Windows a path of more than 260 UTF-16 units fails with "name too long", and one that would have a zero in it
-// as UTF-16, from a byte that is no UTF-8 or from a character such as U+10000, with "invalid argument".
-// Warning: Windows takes some paths for something else, and the calls succeed. CON, PRN, AUX, NUL, COM1 to COM9 and LPT1
-// to LPT9 are devices in every folder, in any case and, on most versions, with any extension: what is saved as
+// Limit: on Windows a path of more than 260 UTF-16 units fails with "name too long", and one that would have a zero in
+// it as UTF-16, from a byte that is no UTF-8 or from a character such as U+10000, with "invalid argument".
+// Warning: Windows takes some paths for something else, and the calls succeed. CON, PRN, AUX, NUL, COM1 to COM9 and
+// LPT1 to LPT9 are devices in every folder, in any case and, on most versions, with any extension: what is saved as
 // "logs/nul.txt" is gone. Points and blanks at the end of a name are dropped, so that "notes." is the file "notes". A
-// colon after a name opens another stream of that file. Names that come from users or from other systems should be checked
-// for these.
+// colon after a name opens another stream of that file. Names that come from users or from other systems should be
+// checked for these.
 #ifndef VELMORA_FILES_UTF8FILE_H
 #define VELMORA_FILES_UTF8FILE_H
 
@@ -81,8 +81,8 @@ public:
     int handle();
 
     // All `size` bytes or failure. A negative `size` fails with EINVAL, and the stream is not touched.
-    // Warning: an errno that was set before the call, by whomever, makes a plain end of file a LCA__Read_file_error and a
-    // full disk a LCA__Write_file_error.
+    // Warning: an errno that was set before the call, by whomever, makes a plain end of file a LCA__Read_file_error and
+    // a full disk a LCA__Write_file_error.
     // Throws: LCA__Read_file_error, LCA__Unexpected_end_of_file; LCA__Write_file_error, LCA__Disk_full;
     // LCA__Could_not_flush_file and LCA__Seek_file_error from the change between the two.
     bool read(void* out, int size);
@@ -177,10 +177,10 @@ public:
     // failed removal on the temporary is complete, and stays. Warning: between removal and rename there is no file at
     // `path`.
     // Warning: this protects against a write that fails, not against a failure of power. Nothing is committed to the
-    // device, so after one there may be no file at `path`, or one that is empty, cut, or has other bytes in place of the
-    // last ones written; the same holds for the temporary.
-    // Warning: a link at `path` + ".tmp" is followed. The file that it leads to is overwritten, and the link becomes `path`.
-    // Do not use it in a folder where others may create files.
+    // device, so after one there may be no file at `path`, or one that is empty, cut, or has other bytes in place of
+    // the last ones written; the same holds for the temporary.
+    // Warning: a link at `path` + ".tmp" is followed. The file that it leads to is overwritten, and the link becomes
+    // `path`. Do not use it in a folder where others may create files.
     static void safe_save(const char* path, const void* data, std::uint64_t size);
     static void safe_save(const char* path, const Bag& bag);
     static void safe_save(const char* path, const std::string& text) { safe_save(path, text.data(), text.size()); }

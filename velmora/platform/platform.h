@@ -42,9 +42,9 @@ int renameFile(const char* from, const char* to);
 // The system's information record, for a file or a folder.
 int fileInfo(const char* path, struct VELMORA_STAT_RECORD& out);
 
-// Lock files. One is held by one stream at most, of all processes together, until unlockFile or the end of the process; a
-// child process that is started holds nothing. The holder's file is the one that the path names, and nobody else removes
-// it. Paths are UTF-16, as RunDetector keeps them; one with a zero in it is EINVAL.
+// Lock files. One is held by one stream at most, of all processes together, until unlockFile or the end of the process;
+// a child process that is started holds nothing. The holder's file is the one that the path names, and nobody else
+// removes it. Paths are UTF-16, as RunDetector keeps them; one with a zero in it is EINVAL.
 
 // Creates the file, or takes one that nobody holds and empties it. Null when somebody holds it or the system refuses.
 // Where that needs files of other names for a moment, those that dead runs have left are removed.
@@ -53,9 +53,9 @@ FILE* lockFile(const utf16_string& path);
 // Closes the stream and removes the file, in an order that never takes the file of a new holder. Failures are ignored.
 void unlockFile(FILE* stream, const utf16_string& path);
 
-// 0: there is a file that nobody holds. EACCES: it is held, or a folder, pipe or device, or it may not be read. Otherwise
-// why there is none. Neither the holder nor, where the system can be asked without opening the door to it, a rival that
-// locks at this moment is disturbed.
+// 0: there is a file that nobody holds. EACCES: it is held, or a folder, pipe or device, or it may not be read.
+// Otherwise why there is none. Neither the holder nor, where the system can be asked without opening the door to it, a
+// rival that locks at this moment is disturbed.
 int probeLockFile(const utf16_string& path);
 
 // The text that the C runtime has for an errno value, in `out`, terminated, cut to `size` bytes.
@@ -94,9 +94,10 @@ struct FoundEntry {
     utf16_t name[260];   // zero-terminated; entries with longer names are left out
 };
 
-// Begins to list what the mask names: the range, which is at most 260 characters, and `tail` behind it. In the last item of
-// the mask `*` is any text and `?` one character, and "*.*" is everything. "." and ".." are entries, too.
-// Returns: a handle, with the first entry in `out`; -1 when nothing matches, with errno 0, or the folder cannot be listed.
+// Begins to list what the mask names: the range, which is at most 260 characters, and `tail` behind it. In the last
+// item of the mask `*` is any text and `?` one character, and "*.*" is everything. "." and ".." are entries, too.
+// Returns: a handle, with the first entry in `out`; -1 when nothing matches, with errno 0, or the folder cannot be
+// listed.
 std::int64_t findFirst(const char* begin, const char* end, const char* tail, FoundEntry& out);
 // Returns: false at the end, with errno 0, and on failure.
 bool findNext(std::int64_t handle, FoundEntry& out);

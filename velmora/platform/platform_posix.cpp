@@ -89,12 +89,12 @@ namespace {
 constexpr int kLockFlags = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;  // what is no plain file shall not make anybody wait
 constexpr mode_t kLockMode = 0666;
 
-// How often a file that vanishes under its finder is looked for again. Only file systems without lasting file numbers ever
-// get there.
+// How often a file that vanishes under its finder is looked for again. Only file systems without lasting file numbers
+// ever get there.
 constexpr int kLockTries = 100;
 
-// A path in the system's form, without an allocation, since a destructor unlocks. One that is too long, or has a zero in
-// it, which would cut it off, sets errno and is null.
+// A path in the system's form, without an allocation, since a destructor unlocks. One that is too long, or has a zero
+// in it, which would cut it off, sets errno and is null.
 class NarrowPath {
 public:
     explicit NarrowPath(const utf16_string& path) {
@@ -146,8 +146,8 @@ FILE* closed(FILE* stream) {
     return nullptr;
 }
 
-// Locks of the open file, not of the process: a second open in the same process meets them, no other close drops them, and
-// a child that starts a program has lost them with the descriptor. So it is with flock; but these can be asked for
+// Locks of the open file, not of the process: a second open in the same process meets them, no other close drops them,
+// and a child that starts a program has lost them with the descriptor. So it is with flock; but these can be asked for
 // without being taken, so an observer is never in the way of a run that locks.
 struct flock wholeFile() {
     struct flock range = {};
@@ -205,8 +205,8 @@ private:
 };
 
 // The three ways to make a file that is held. Of a file that is held from the moment it has its name, an observer never
-// thinks that a dead run has left it. Null on failure, with errno EEXIST: a rival was faster, so look at the path again;
-// ENOLCK: no way leads to a lock here; anything else: try the next way.
+// thinks that a dead run has left it. Null on failure, with errno EEXIST: a rival was faster, so look at the path
+// again; ENOLCK: no way leads to a lock here; anything else: try the next way.
 
 // Without a name at first, where the file system and /proc allow.
 FILE* createUnnamed(const char* path) {
@@ -242,8 +242,8 @@ FILE* createBeside(const char* path) {
     return named ? stream : closed(stream);
 }
 
-// By its name, with a moment in which it is not held. A rival that finds it then and locks it first has it, and may have
-// removed it again before the lock is taken here. Where nothing can be locked createBeside has said so already.
+// By its name, with a moment in which it is not held. A rival that finds it then and locks it first has it, and may
+// have removed it again before the lock is taken here. Where nothing can be locked createBeside has said so already.
 FILE* createPlainly(const char* path) {
     Descriptor descriptor(open(path, O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, kLockMode));
     if (descriptor.get() < 0 || !tryLock(descriptor.get())) return nullptr;
@@ -309,8 +309,8 @@ FILE* lockExisting(const char* path, int descriptor, bool& vanished) {
     return !vanished && ftruncate(descriptor, 0) == 0 ? file.toStream() : nullptr;
 }
 
-// Whoever holds the file removes it while it is held. So a lock counts only if the path names the locked file once it is
-// locked, and nobody empties or removes a file that somebody else may hold.
+// Whoever holds the file removes it while it is held. So a lock counts only if the path names the locked file once it
+// is locked, and nobody empties or removes a file that somebody else may hold.
 FILE* takeLock(const char* path) {
     for (int tries = 0; tries < kLockTries; ++tries) {
         bool again = false;
@@ -435,8 +435,9 @@ int formatTime(utf16_t* out, int size, const char* format, const std::tm& t) {
 }
 
 // ---- folders ----
-// A file name is any bytes here, and has to come back from UTF-16 as it was. So it is converted strictly, with surrogate
-// pairs, and a byte that is not part of well-formed UTF-8 becomes the lone unit 0xDC00 + byte, which nothing else becomes.
+// A file name is any bytes here, and has to come back from UTF-16 as it was. So it is converted strictly, with
+// surrogate pairs, and a byte that is not part of well-formed UTF-8 becomes the lone unit 0xDC00 + byte, which nothing
+// else becomes.
 
 namespace {
 
@@ -493,7 +494,8 @@ const char* behindCharacter(const char* p) {
     return p + (length == 0 ? 1 : length);
 }
 
-// `*` is any text and `?` one character. A mismatch goes back to the last `*` alone: an earlier one could not do better.
+// `*` is any text and `?` one character. A mismatch goes back to the last `*` alone: an earlier one could not do
+// better.
 bool matches(const char* pattern, const char* name) {
     const char* star = nullptr;
     const char* resume = nullptr;

@@ -22,8 +22,8 @@ constexpr int kPathMax = 260;  // 16-bit units, without the terminator
 
 int result(int failed) { return failed == 0 ? 0 : errno; }
 
-// Converts a path or the start of a mask. Null, and errno, for one that is too long, or has a zero in it, which a byte that
-// is no UTF-8 can give: the system looks no further, and what it would find there is another file.
+// Converts a path or the start of a mask. Null, and errno, for one that is too long, or has a zero in it, which a byte
+// that is no UTF-8 can give: the system looks no further, and what it would find there is another file.
 wchar_t* convertPath(const char* p, const char* end, wchar_t* out) {
     wchar_t* const last = out + kPathMax;
     for (utf16_t unit; p != end; *out++ = unit) {
@@ -108,8 +108,8 @@ int fileInfo(const char* path, struct _stat64& out) {
 }
 
 // ---- lock files ----
-// A stream that denies all sharing is the lock. The runtime's mode letters and share flags say all of it, and a file that
-// is open cannot be removed: a rival that locks between the closing and the removing keeps its file.
+// A stream that denies all sharing is the lock. The runtime's mode letters and share flags say all of it, and a file
+// that is open cannot be removed: a rival that locks between the closing and the removing keeps its file.
 
 namespace {
 
