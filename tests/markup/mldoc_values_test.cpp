@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <new>
 #include <string>
 
 #include <velmora/localization/keys.h>
@@ -318,12 +321,200 @@ TEST(MLDocConvertEscapeChArr, ReplacesTheText) {
     }
 }
 
-TEST(MLDocConvertEscapeChArr, ValueMayBeAPartOfTheTarget) {
+// ---- a value that lies in its target ----
+
+namespace {
+
+// Puts a text into a target of some kind, decodes a part of it into the same target, and gives what is there then.
+using DecodeInside = std::string (*)(const MLDoc& doc, const std::string& text, int from, int to);
+
+std::string insideChArr(const MLDoc& doc, const std::string& text, int from, int to) {
+    ChArr out(text.c_str());
+    try {
+        doc.convertEscape(ChPair(out.data + from, out.data + to), out);
+    } catch (const TTT&) {
+        return "refused: " + std::string(out.data);
+    }
+    return out.data;
+}
+
+// The exact array, and one that has room behind the text.
+template <int Room>
+std::string insideCharVector(const MLDoc& doc, const std::string& text, int from, int to) {
+    CharVector out(text);
+    if (Room != 0) {
+        out.prepare(static_cast<int>(text.size()) + Room);
+        std::memcpy(out.data, text.data(), text.size());
+        out.cutTo(static_cast<int>(text.size()));
+    }
+    try {
+        doc.convertEscape(ChPair(out.data + from, out.data + to), out);
+    } catch (const TTT&) {
+        EXPECT_EQ(to - from, out.count);
+        EXPECT_EQ(0, out.data[out.count]);
+        return "refused: " + std::string(out.data, 2);
+    }
+    EXPECT_EQ(0, out.data[out.count]);
+    EXPECT_GT(out.allocateCount, out.count);
+    return out.std();
+}
+
+template <int Room>
+std::string insideString(const MLDoc& doc, const std::string& text, int from, int to) {
+    std::string out = text;
+    if (Room != 0) out.reserve(text.size() + Room);
+    try {
+        doc.convertEscape(ChPair(out.data() + from, out.data() + to), out);
+    } catch (const TTT&) {
+        EXPECT_EQ(to - from, static_cast<int>(out.size()));
+        return "refused: " + out.substr(0, 2);
+    }
+    return out;
+}
+
+std::string insideMessage(const MLDoc& doc, const std::string& text, int from, int to) {
+    TTT out(text);
+    const Bag& bag = out.getData();
+    try {
+        doc.convertEscape(ChPair(bag.data + 4 + from, bag.data + 4 + to), out);
+    } catch (const TTT&) {
+        return "refused";
+    }
+    EXPECT_EQ(0, bag.data[bag.size - 1]);
+    EXPECT_EQ(0, std::memcmp(bag.data, "\xFF\xFF\xFF\xFF", 4));
+    return std::string(bag.data + 4, bag.data + bag.size - 1);
+}
+
+std::string inItsPlace(const MLDoc& doc, const std::string& text, int from, int to) {
+    std::string block = text;
+    try {
+        const int n = doc.convertEscape(ChPair(block.data() + from, block.data() + to), &block[from]);
+        return block.substr(static_cast<std::size_t>(from), static_cast<std::size_t>(n));
+    } catch (const TTT&) {
+        return "refused";
+    }
+}
+
+}  // namespace
+
+// The terminator of the value's length falls into the value, and a block that is replaced holds it.
+TEST(MLDocConvertEscape, ValueMayBeAPartOfTheTarget) {
+    static const struct {
+        int line;
+        const char* xml;
+        const char* other;
+        int from;
+        int toXml;
+        int toOther;
+        const char* decoded;
+    } rows[] = {
+        {__LINE__, "XXab&lt;cdefgh", "XXab\\\"cdefgh", 2, 14, 12, "ab?cdefgh"},
+        {__LINE__, "ab&lt;&lt;xyz", "ab\\\"\\\"xyz", 2, 12, 8, "??xy"},
+        {__LINE__, "&lt;abcdefgh", "\\\"abcdefgh", 0, 12, 10, "?abcdefgh"},
+        {__LINE__, "&lt;abcdefgh", "\\\"abcdefgh", 0, 6, 4, "?ab"},
+        {__LINE__, "abcdefghijk&lt;", "abcdefghijk\\\"", 11, 15, 13, "?"},
+        {__LINE__, "abcdefghijklmnopqrstuvwxyz", "abcdefghijklmnopqrstuvwxyz", 1, 26, 26, "bcdefghijklmnopqrstuvwxyz"},
+        {__LINE__, "abcdef", "abcdef", 0, 6, 6, "abcdef"},
+        {__LINE__, "abcdef", "abcdef", 5, 6, 6, "f"},
+    };
+    static const struct {
+        const char* name;
+        DecodeInside decode;
+    } targets[] = {
+        {"char*", inItsPlace},
+        {"ChArr", insideChArr},
+        {"CharVector", insideCharVector<0>},
+        {"CharVector with room", insideCharVector<100>},
+        {"std::string", insideString<0>},
+        {"std::string with room", insideString<100>},
+        {"TTT", insideMessage},
+    };
+    for (MLDocBase::Format format :
+         {MLDocBase::XML, MLDocBase::HTML, MLDocBase::JSON, MLDocBase::YAML, MLDocBase::CSV, MLDocBase::Unknown}) {
+        const bool xml = format == MLDocBase::XML || format == MLDocBase::HTML;
+        MLDoc doc;
+        doc.format = format;
+        for (const auto& row : rows) {
+            for (const auto& target : targets) {
+                SCOPED_TRACE("row at line " + std::to_string(row.line) + ", format " + std::to_string(format) + ", " +
+                             target.name);
+                std::string expected = row.decoded;
+                std::replace(expected.begin(), expected.end(), '?', xml ? '<' : '"');
+                EXPECT_EQ(expected,
+                          target.decode(doc, xml ? row.xml : row.other, row.from, xml ? row.toXml : row.toOther));
+            }
+        }
+    }
+}
+
+TEST(MLDocConvertEscape, RefusedPartOfTheTargetLeavesWhatWasDecoded) {
     MLDoc doc;
     doc.format = MLDocBase::XML;
-    ChArr out("text &lt;&gt;");
-    doc.convertEscape(ChPair(out.data + 5, 8), out);
-    EXPECT_STREQ("<>", out.data);
+    const std::string text = "XXX&lt;b&x;rest";
+    EXPECT_EQ("refused: <b", insideChArr(doc, text, 3, 12));
+    EXPECT_EQ("refused: <b", insideCharVector<0>(doc, text, 3, 12));
+    EXPECT_EQ("refused: <b", insideCharVector<100>(doc, text, 3, 12));
+    EXPECT_EQ("refused: <b", insideString<0>(doc, text, 3, 12));
+    EXPECT_EQ("refused: <b", insideString<100>(doc, text, 3, 12));
+    EXPECT_EQ("refused", insideMessage(doc, text, 3, 12));
+}
+
+// As a token's view may do after a failure.
+TEST(MLDocConvertEscape, ViewThatEndsBeforeItBeginsIsEmpty) {
+    MLDoc doc;
+    doc.format = MLDocBase::XML;
+    const char text[] = "&lt;abcdef";
+    const ChPair value(text + 6, text + 2);
+    char out[4] = "xyz";
+    EXPECT_EQ(0, doc.convertEscape(value, out));
+    EXPECT_STREQ("xyz", out);
+    CharVector vector("former");
+    doc.convertEscape(value, vector);
+    EXPECT_EQ(0, vector.count);
+    EXPECT_STREQ("", vector.data);
+    ChArr array("former");
+    doc.convertEscape(value, array);
+    EXPECT_STREQ("", array.data);
+    std::string string = "former";
+    doc.convertEscape(value, string);
+    EXPECT_EQ("", string);
+    TTT message("former");
+    doc.convertEscape(value, message);
+    EXPECT_EQ("raw(\"\")", support::dumpMessage(message));
+}
+
+// A value is refused before any of it is read.
+TEST(MLDocConvertEscape, ValueThatIsTooLongForItsTargetIsRefused) {
+    MLDoc doc;
+    doc.format = MLDocBase::XML;
+    const char* const begin = "short";
+    // The two are not of one block, but nothing is read through them.
+    const ChPair value(begin, reinterpret_cast<const char*>(reinterpret_cast<std::uintptr_t>(begin) + 0x80000005u));
+    CharVector vector("former");
+    EXPECT_THROW(doc.convertEscape(value, vector), std::bad_alloc);
+    EXPECT_STREQ("former", vector.data);
+    ChArr array("former");
+    EXPECT_THROW(doc.convertEscape(value, array), std::bad_alloc);
+    EXPECT_STREQ("former", array.data);
+    std::string string = "former";
+    EXPECT_THROW(doc.convertEscape(value, string), std::bad_alloc);
+    EXPECT_EQ("former", string);
+    TTT message("former");
+    EXPECT_THROW(doc.convertEscape(value, message), Bag::Exception);
+    EXPECT_EQ("raw(\"former\")", support::dumpMessage(message));
+}
+
+TEST(MLDocGetString, ValueMayLieInTheTarget) {
+    MLDoc doc;
+    for (int from : {0, 1, 3, 6}) {
+        SCOPED_TRACE(from);
+        char out[] = "abcdefghij";
+        doc.getString(ChPair(out + from, out + 10), out, sizeof out);
+        EXPECT_EQ(std::string("abcdefghij").substr(static_cast<std::size_t>(from)), out);
+        char behind[] = "abcdefghij";
+        doc.getString(ChPair(behind, behind + 5), behind + 3, 7);
+        EXPECT_STREQ("abcabcde", behind);
+    }
 }
 
 TEST(MLDocConvertEscapeChArr, FailureLeavesWhatWasDecoded) {

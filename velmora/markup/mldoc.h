@@ -175,8 +175,9 @@ public:
     bool getAttributeBool(const Token& token, const char* name) { return getAttributeBool(token, ChPair(name)); }
 
     // Decode a value by the document's format: the five entities of XML, or backslash sequences. Decoding never
-    // lengthens. The first form needs room for the value's length, which may be the value itself, and writes no terminator.
-    // The value may lie in `out`; in a std::string only at its start. Returns: bytes written.
+    // lengthens. The first form needs room for the value's length and writes no terminator; it may decode a value in its
+    // own place. In the others the value may be any part of `out`. A view that ends before it begins is empty.
+    // Returns: bytes written.
     // Throws: LCA__Unsupported_escape_sequence; the target is then half done, but a TTT is as it was.
     // Warning: behind a backslash only '"', '\' and the raw control bytes 8, 9, 10, 12 and 13 are known, and those
     // give the letters b, t, n, f and r. A "\n" of two printable bytes is refused.

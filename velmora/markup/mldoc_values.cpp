@@ -1,6 +1,8 @@
 // From a view in the buffer to a value.
+#include <climits>
 #include <cstring>
 #include <memory>
+#include <new>
 
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldoc.h>
@@ -8,6 +10,7 @@
 #include <velmora/serial/ttt.h>
 #include <velmora/text/charr.h>
 #include <velmora/text/charvector.h>
+#include <velmora/text/overlap.h>
 
 namespace {
 
@@ -75,6 +78,27 @@ int decode(const ChPair& value, char* out, char mark, Read read) {
     return static_cast<int>(o - out);
 }
 
+// A stale view may end before it begins: it is empty.
+int sizeOf(const ChPair& value) {
+    if (!(value.begin < value.end)) return 0;
+    const std::ptrdiff_t size = value.end - value.begin;
+    if (size >= INT_MAX) throw std::bad_alloc();
+    return static_cast<int>(size);
+}
+
+// Sets the length and the terminator of a text once its value has been decoded or refused. Not earlier: the value may
+// lie where the terminator falls.
+class Ending {
+public:
+    Ending(CharVector& out, int size) : out_(out) { out.count = size; }
+    Ending(const Ending&) = delete;
+    void operator=(const Ending&) = delete;
+    ~Ending() { out_.data[out_.count] = 0; }
+
+private:
+    CharVector& out_;
+};
+
 }  // namespace
 
 int MLDoc::convertEscape(const ChPair& value, char* out) const {
@@ -83,34 +107,49 @@ int MLDoc::convertEscape(const ChPair& value, char* out) const {
 }
 
 void MLDoc::convertEscape(const ChPair& value, CharVector& out) const {
-    if (value.empty()) {
+    const int size = sizeOf(value);
+    if (size == 0) {
         out.truncate();
         return;
     }
-    const char* former = out.data;
-    char* text = out.prepare(value.len());
-    // What a value leaves behind that is refused half way; in the former block the value itself may lie.
-    if (text != former) std::memset(text, 0, static_cast<std::size_t>(value.len()));
-    out.cutTo(convertEscape(value, text));
+    std::unique_ptr<char[]> former;
+    if (out.allocateCount <= size) {
+        // Cleared for a value that is refused half way.
+        std::unique_ptr<char[]> text(new char[static_cast<std::size_t>(size) + 1]());
+        former.reset(out.data);  // the value may lie in it
+        out.data = text.release();
+        out.allocateCount = size + 1;
+    }
+    const Ending ending(out, size);
+    out.count = convertEscape(value, out.data);
 }
 
 void MLDoc::convertEscape(const ChPair& value, ChArr& out) const {
-    const std::unique_ptr<char[]> former(out.steal());                 // the value may lie in it
-    out.data = new char[static_cast<std::size_t>(value.len()) + 1]();  // ended wherever decoding stops
+    // Cleared, so that the text ends wherever decoding stops.
+    std::unique_ptr<char[]> text(new char[static_cast<std::size_t>(sizeOf(value)) + 1]());
+    const std::unique_ptr<char[]> former(out.steal());  // the value may lie in it
+    out.data = text.release();
     convertEscape(value, out.data);
 }
 
 void MLDoc::convertEscape(const ChPair& value, std::string& out) const {
-    out.resize(static_cast<std::size_t>(value.len()));
+    const auto size = static_cast<std::size_t>(sizeOf(value));
+    if (velmora::detail::liesIn(value.begin, out.data(), static_cast<std::ptrdiff_t>(out.size()) + 1)) {
+        const std::string copy(value.begin, size);
+        return convertEscape(ChPair(copy), out);
+    }
+    out.resize(size);
     out.resize(static_cast<std::size_t>(convertEscape(value, &out[0])));
 }
 
 void MLDoc::convertEscape(const ChPair& value, TTT& out) const {
+    constexpr int kTagAndEnd = 5;
+    if (value.end - value.begin > INT_MAX - kTagAndEnd) throw Bag::Exception();
+    const int size = sizeOf(value);
     Bag block;
-    block.reserve(value.len() + 5);
+    block.reserve(size + kTagAndEnd);
     block.putLong(TTT::RAW);
-    int size = convertEscape(value, block.ptr());
-    block.putDataPtr(size);
+    block.putDataPtr(convertEscape(value, block.ptr()));
     block.putChar(0);
     block.toBegin();
     out.stealFrom(block);
@@ -119,7 +158,7 @@ void MLDoc::convertEscape(const ChPair& value, TTT& out) const {
 void MLDoc::getString(const ChPair& value, char* out, std::uint64_t size) {
     auto bytes = static_cast<std::uint64_t>(value.len());
     if (bytes >= size) throw TTT(VELMORA_DICT, LCA__Too_long_string);
-    if (bytes != 0) std::memcpy(out, value.begin, bytes);
+    if (bytes != 0) std::memmove(out, value.begin, bytes);  // the value may lie in `out`
     out[bytes] = 0;
 }
 
