@@ -4,6 +4,7 @@
 
 #include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <new>
@@ -43,6 +44,13 @@ void expectFields(const Bag& bag, int bufferSize, int cursor, int size) {
 void expectAllZero(const Bag& bag) {
     EXPECT_EQ(nullptr, bag.data);
     expectFields(bag, 0, 0, 0);
+}
+
+// A view of so many bytes, which nothing may be read through.
+ChPair viewOf(std::int64_t bytes) {
+    const char* const begin = "short";
+    return ChPair(begin, reinterpret_cast<const char*>(reinterpret_cast<std::uintptr_t>(begin) +
+                                                       static_cast<std::uintptr_t>(bytes)));
 }
 
 void putBytes(Bag& bag, const std::string& bytes) { bag.putData(bytes.data(), static_cast<int>(bytes.size())); }
@@ -370,6 +378,30 @@ TEST(BagWrite, PlaceOutsideIsRefused) {
         {__LINE__, -100, [](Bag& bag) { bag.putDataPtr(100); }},
         {__LINE__, -1, [](Bag& bag) { bag.putDataPtr(0); }},
         {__LINE__, -100, [](Bag& bag) { bag.putLong(1); }},
+        // Also where the next multiple would be the begin.
+        {__LINE__, -1, [](Bag& bag) { bag.putShort(1); }},
+        {__LINE__, -3, [](Bag& bag) { bag.putLong(1); }},
+        {__LINE__, -7, [](Bag& bag) { bag.putDouble(1); }},
+        {__LINE__, -3, [](Bag& bag) { bag.putDataAligned("x", 1, 4); }},
+        {__LINE__, -3, [](Bag& bag) { bag.putDataPtrAligned(0, 4); }},
+        {__LINE__, -3, [](Bag& bag) { bag.markBeginOfBlock(); }},
+        {__LINE__, -3, [](Bag& bag) { bag << ChPair("x"); }},
+        {__LINE__, -3, [](Bag& bag) { bag << Bag("x", 1); }},
+        {__LINE__, -1, [](Bag& bag) { bag.putString("x"); }},
+        {__LINE__, -1, [](Bag& bag) { bag.putStringNZ(""); }},
+        // A sum that the limit or the type has no place for.
+        {__LINE__, 2, [](Bag& bag) { bag.putDataPtrAligned((1 << 30) + 1, 4); }},
+        {__LINE__, 3, [](Bag& bag) { bag.putDataAligned("x", INT_MAX, 4); }},
+        {__LINE__, 3, [](Bag& bag) { bag.putDataPtrAligned(INT_MAX, 4); }},
+        {__LINE__, 2, [](Bag& bag) { bag.putData("x", INT_MAX); }},
+        {__LINE__, 2, [](Bag& bag) { bag.putDataPtr((1 << 30) - 1); }},
+        {__LINE__, 2, [](Bag& bag) { bag << viewOf(1u << 30); }},
+        {__LINE__, 2, [](Bag& bag) { bag << viewOf(0x80000000u); }},
+        {__LINE__, 2, [](Bag& bag) { bag << viewOf(0x100000005u); }},
+        {__LINE__, 2, [](Bag& bag) { bag.putStringNZ(viewOf(0x100000005u)); }},
+        {__LINE__, 2, [](Bag& bag) { bag << viewOf(-1); }},
+        {__LINE__, INT_MAX, [](Bag& bag) { bag.insSpace(1, 1); }},
+        {__LINE__, INT_MAX - 1, [](Bag& bag) { bag.insSpace(0, 2); }},
         {__LINE__, -8, [](Bag& bag) { bag.putDataAligned("12345678", 8, 8); }},
         {__LINE__, INT_MIN, [](Bag& bag) { bag.putShort(1); }},
         {__LINE__, INT_MAX, [](Bag& bag) { bag.putChar('x'); }},
@@ -392,9 +424,8 @@ TEST(BagWrite, PlaceOutsideIsRefused) {
         bag.to(row.cursor);
         const char* block = bag.data;
         EXPECT_THROW(row.write(bag), Bag::Exception);
-        EXPECT_EQ(2, bag.size);
+        expectFields(bag, 16, row.cursor, 2);
         EXPECT_EQ(block, bag.data);
-        EXPECT_EQ(16, bag.bufferSize);
         EXPECT_EQ(0, std::memcmp(bag.data, "ab", 2));
     }
     Bag bag;
@@ -430,12 +461,46 @@ TEST(BagWrite, InABlockOfNegativeLengthStaysInTheBag) {
     same.toBegin();
     same.beginBlock();
     EXPECT_TRUE(bag == same);
-    Bag outer;
-    EXPECT_THROW(outer << bag, Bag::Exception);
     bag.to(1);
     bag.putLong(7);
     EXPECT_EQ(8, bag.size);
     EXPECT_EQ(0, std::memcmp(bag.data, "\0\0\0\0\7\0\0\0", 8));
+}
+
+// A negative size counts as none, wherever the content is what is asked for.
+TEST(Bag, NegativeSizeIsNoContent) {
+    Bag bag("abcdef", 6);
+    for (int size : {-1, -100, INT_MIN}) {
+        SCOPED_TRACE(size);
+        bag.size = size;
+        EXPECT_TRUE(bag.empty());
+        EXPECT_TRUE(bag.isEmpty());
+        EXPECT_EQ(size, bag.getSize());
+        const ChPair view = bag;
+        EXPECT_EQ(bag.data, view.begin);
+        EXPECT_EQ(bag.data, view.end);
+        EXPECT_TRUE(bag == Bag());
+        EXPECT_TRUE(Bag() == bag);
+        EXPECT_FALSE(bag == Bag("a", 1));
+        EXPECT_FALSE(Bag("a", 1) == bag);
+        const Bag copy(bag);
+        expectAllZero(copy);
+        Bag assigned("x", 1);
+        assigned = bag;
+        expectAllZero(assigned);
+        Bag outer;
+        outer << bag;
+        EXPECT_EQ(std::string(4, '\0'), content(outer));
+        TTT message(bag);
+        EXPECT_TRUE(message.isEmpty());
+        message = bag;
+        message <= bag;
+        EXPECT_TRUE(message.isEmpty());
+    }
+    int taken = 7;
+    EXPECT_EQ(nullptr, bag.steal(taken));
+    EXPECT_EQ(0, taken);
+    expectAllZero(bag);
 }
 
 // As it comes about: the length of a block is believed, and the block is passed over.
@@ -986,6 +1051,34 @@ TEST(BagInsSpace, OfNothingGivesThePlaceWithoutABlock) {
     expectAllZero(bag);
 }
 
+TEST(BagInsSpace, OfNothingGivesThePlaceWhereverItIs) {
+    for (int at : {0, 2, 3, 16, 17, 1000, -1, -100, INT_MAX, INT_MIN}) {
+        SCOPED_TRACE(at);
+        Bag none;
+        EXPECT_EQ(static_cast<std::uintptr_t>(static_cast<std::intptr_t>(at)),
+                  reinterpret_cast<std::uintptr_t>(none.insSpace(at, 0)));
+        expectAllZero(none);
+        Bag bag("ab", 2);
+        EXPECT_EQ(
+            reinterpret_cast<std::uintptr_t>(bag.data) + static_cast<std::uintptr_t>(static_cast<std::intptr_t>(at)),
+            reinterpret_cast<std::uintptr_t>(bag.insSpace(at, 0)));
+        expectFields(bag, 16, 0, 2);
+    }
+}
+
+TEST(BagInsSpace, NegativeCountIsRefused) {
+    for (int n : {-1, -2, -100, INT_MIN}) {
+        for (int at : {0, 1, 2, -1, 100}) {
+            SCOPED_TRACE(at);
+            Bag bag("ab", 2);
+            bag.to(1);
+            EXPECT_THROW(bag.insSpace(at, n), Bag::Exception);
+            expectFields(bag, 16, 1, 2);
+            EXPECT_EQ("ab", content(bag));
+        }
+    }
+}
+
 TEST(BagDelSpace, ClosesTheGapAndMovesACursorAtOrBehindIt) {
     struct Row {
         int line;
@@ -1225,6 +1318,46 @@ TEST(BagRead, StaysInsideTheBlock) {
     EXPECT_THROW(bag.getDataPtr(9), Bag::Exception);
     EXPECT_THROW(bag.beginBlock(), Bag::Exception);
     bag.data = nullptr;
+}
+
+// Also where the next multiple is the begin. The cursor ends aligned, as after any failed read.
+TEST(BagRead, CursorBelowTheBeginThrows) {
+    struct Row {
+        int line;
+        int cursor;
+        int after;
+        std::function<void(Bag&)> read;
+    };
+    static const Row rows[] = {
+        {__LINE__, -1, -1, [](Bag& bag) { bag.getChar(); }},
+        {__LINE__, -1, -1, [](Bag& bag) { bag.getBool(); }},
+        {__LINE__, -1, -1, [](Bag& bag) { bag.getDataPtr(0); }},
+        {__LINE__, -1, -1, [](Bag& bag) { bag.getStringPtr(); }},
+        {__LINE__, -1, 0, [](Bag& bag) { bag.getShort(); }},
+        {__LINE__, -3, 0, [](Bag& bag) { bag.getLong(); }},
+        {__LINE__, -4, -4, [](Bag& bag) { bag.getLong(); }},
+        {__LINE__, -7, 0, [](Bag& bag) { bag.getLongLong(); }},
+        {__LINE__, -7, 0, [](Bag& bag) { bag.getDouble(); }},
+        {__LINE__, -3, 0, [](Bag& bag) { bag.beginBlock(); }},
+        {__LINE__, -3, 0, [](Bag& bag) { bag.getDataPtrAligned(0, 4); }},
+        {__LINE__, -3, 0,
+         [](Bag& bag) {
+             char c;
+             bag.getDataAligned(&c, 1, 4);
+         }},
+        {__LINE__, -3, 0,
+         [](Bag& bag) {
+             ChPair text;
+             bag >> text;
+         }},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.line);
+        Bag bag("\0\0\0\0\0\0\0\0\0\0\0\0", 12);
+        bag.to(row.cursor);
+        EXPECT_THROW(row.read(bag), Bag::Exception);
+        expectFields(bag, 16, row.after, 12);
+    }
 }
 
 TEST(BagRead, CursorAtTheGreatestNumberThrows) {

@@ -70,35 +70,45 @@ TEST(BagMemory, FailedGrowthLeavesTheContent) {
     }
 }
 
-// An aligned write moves the cursor before it grows, so only content and block are promised.
+// An aligned write moves the cursor before it grows: it ends behind what was to be written. What is written in several
+// parts goes in whole or not at all.
 TEST(BagMemory, FailedAlignedWriteLeavesTheContent) {
     struct Row {
         int line;
+        int cursor;
         std::function<void(Bag&)> write;
     };
+    static const Bag inner("abc", 3);
     static const Row rows[] = {
-        {__LINE__, [](Bag& bag) { bag.putShort(1); }},
-        {__LINE__, [](Bag& bag) { bag.putLong(1); }},
-        {__LINE__, [](Bag& bag) { bag.putLongLong(1); }},
-        {__LINE__, [](Bag& bag) { bag.putDouble(1); }},
-        {__LINE__, [](Bag& bag) { bag << BagTime(1); }},
-        {__LINE__, [](Bag& bag) { bag.putDataPtrAligned(3, 8); }},
-        {__LINE__, [](Bag& bag) { bag.putDataAligned("abc", 3, 8); }},
-        {__LINE__, [](Bag& bag) { bag.markBeginOfBlock(); }},
+        {__LINE__, 18, [](Bag& bag) { bag.putShort(1); }},
+        {__LINE__, 20, [](Bag& bag) { bag.putLong(1); }},
+        {__LINE__, 24, [](Bag& bag) { bag.putLongLong(1); }},
+        {__LINE__, 24, [](Bag& bag) { bag.putDouble(1); }},
+        {__LINE__, 20, [](Bag& bag) { bag << BagTime(1); }},
+        {__LINE__, 19, [](Bag& bag) { bag.putDataPtrAligned(3, 8); }},
+        {__LINE__, 35, [](Bag& bag) { bag.putDataPtrAligned(3, 32); }},
+        {__LINE__, 32, [](Bag& bag) { bag.putDataPtrAligned(0, 32); }},
+        {__LINE__, 19, [](Bag& bag) { bag.putDataAligned("abc", 3, 8); }},
+        {__LINE__, 35, [](Bag& bag) { bag.putDataAligned("abc", 3, 32); }},
+        {__LINE__, 20, [](Bag& bag) { bag.markBeginOfBlock(); }},
+        {__LINE__, 15, [](Bag& bag) { bag << ChPair("abc"); }},
+        {__LINE__, 15, [](Bag& bag) { bag << inner; }},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.line);
-        Bag bag = fullBag();
+        Bag bag("0123456789abcdef", 16);
+        bag.to(15);
         char* block = bag.data;
         int failures = support::failEachAllocation([&] { row.write(bag); },
                                                    [&] {
                                                        EXPECT_EQ(block, bag.data);
                                                        EXPECT_EQ(16, bag.bufferSize);
+                                                       EXPECT_EQ(row.cursor, bag.cursor);
                                                        EXPECT_EQ("0123456789abcdef", content(bag));
-                                                       bag.toEnd();
+                                                       bag.to(15);
                                                    });
         EXPECT_EQ(1, failures);
-        EXPECT_EQ("0123456789abcdef", content(bag).substr(0, 16));
+        EXPECT_EQ("0123456789abcde", content(bag).substr(0, 15));
     }
 }
 

@@ -6,17 +6,83 @@
 #include <cstring>
 #include <new>
 
+#include <velmora/serial/bag_parts.h>
 #include <velmora/text/charvector.h>
+#include <velmora/text/overlap.h>
 
 namespace {
 
+using velmora::detail::liesIn;
+
 // Where `n` bytes at `start` end. A believed length may have put `start` or the size of a content below 0.
-int endBehind(int start, int n) {
-    if (start < 0 || n < 0 || start > INT_MAX - n) throw Bag::Exception();
-    return start + n;
+int endBehind(int start, std::int64_t n) {
+    if (start < 0 || n < 0 || n > INT_MAX - start) throw Bag::Exception();
+    return start + static_cast<int>(n);
+}
+
+// In unsigned arithmetic: a cursor may stand anywhere. Beyond the greatest number the result is below 0.
+int alignUp(int n, int to) {
+    if (to <= 1) return n;
+    return static_cast<int>((static_cast<unsigned>(n) + static_cast<unsigned>(to) - 1) & -static_cast<unsigned>(to));
+}
+
+// Where an aligned write at the cursor starts.
+int alignedStart(const Bag& bag, int alignment) {
+    if (bag.cursor < 0) throw Bag::Exception();
+    return alignUp(bag.cursor, alignment);
+}
+
+int capacityFor(int n) {
+    const int capacity = memory_recommend(n);
+    if (capacity < 0) throw Bag::Exception();
+    return capacity;
+}
+
+// Returns: where `src` is in the greater block. The whole block moves, so what lies in it moves along.
+const void* growBeside(Bag& bag, int capacity, const void* src) {
+    const bool inside = liesIn(src, bag.data, bag.bufferSize);
+    const std::ptrdiff_t place = inside ? static_cast<const char*>(src) - bag.data : 0;
+    bag.setBufferSize(capacity);
+    return inside ? bag.data + place : src;
+}
+
+// The bytes between the content and an aligned start.
+void clearGap(Bag& bag, int start) {
+    const int gap = std::max(bag.size, 0);
+    if (gap < start) std::memset(bag.data + gap, 0, static_cast<std::size_t>(start - gap));
+}
+
+// The place `at`, which may lie anywhere and without a block.
+void* placeOf(char* data, int at) {
+    return reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(data) +
+                                   static_cast<std::uintptr_t>(static_cast<std::intptr_t>(at)));
+}
+
+void move(char* to, const void* from, int n) {
+    if (n != 0) std::memmove(to, from, static_cast<std::size_t>(n));
 }
 
 }  // namespace
+
+namespace velmora::detail {
+
+void putParts(Bag& bag, const BagHead& head, const void* src, std::int64_t n, BagEnd end) {
+    const int start = head.size() != 0 ? alignedStart(bag, sizeof(std::int32_t)) : bag.cursor;
+    const int place = endBehind(start, head.size());
+    const int stop = endBehind(place, bagCount(n));
+    const int last = end == BagEnd::Terminated ? endBehind(stop, 1) : stop;
+    if (last > bag.bufferSize) src = growBeside(bag, capacityFor(last), src);
+    // Before anything else is written: that may be where `src` lies.
+    move(bag.data + place, src, static_cast<int>(n));
+    if (head.size() != 0) {
+        clearGap(bag, start);
+        head.put(bag.data + start);
+    }
+    if (last != stop) bag.data[stop] = 0;
+    bag.cursor = bag.size = last;
+}
+
+}  // namespace velmora::detail
 
 Bag::Bag(const void* src, int n) : Bag() {
     putData(src, n);
@@ -24,8 +90,8 @@ Bag::Bag(const void* src, int n) : Bag() {
 }
 
 Bag::Bag(const Bag& s) : Bag() {
-    if (s.size == 0) return;
-    data = new char[s.size];
+    if (s.size <= 0) return;
+    data = new char[static_cast<std::size_t>(s.size)];
     std::memcpy(data, s.data, static_cast<std::size_t>(s.size));
     bufferSize = size = s.size;
     cursor = s.cursor;
@@ -53,8 +119,8 @@ void Bag::truncateTo(int n) {
 }
 
 char* Bag::steal(int& outSize) {
-    outSize = size;
-    if (size == 0) clear();
+    outSize = std::max(size, 0);
+    if (outSize == 0) clear();
     char* block = data;
     data = nullptr;
     bufferSize = cursor = size = 0;
@@ -73,7 +139,7 @@ void Bag::stealFrom(Bag& src) {
 }
 
 void Bag::stealFrom(char* block, int newSize, int allocated) {
-    delete[] data;
+    if (block != data) delete[] data;
     data = block;
     size = newSize;
     bufferSize = allocated < 0 ? newSize : allocated;
@@ -81,22 +147,20 @@ void Bag::stealFrom(char* block, int newSize, int allocated) {
 }
 
 bool Bag::operator==(const Bag& s) const {
-    return size == s.size && (size <= 0 || std::memcmp(data, s.data, static_cast<std::size_t>(size)) == 0);
+    if (size <= 0 || s.size <= 0) return size <= 0 && s.size <= 0;
+    return size == s.size && std::memcmp(data, s.data, static_cast<std::size_t>(size)) == 0;
 }
 
 // Whether `n` bytes of content stand at the cursor, which may be anywhere.
 bool Bag::readable(int n) const { return n >= 0 && cursor >= 0 && n <= static_cast<std::int64_t>(size) - cursor; }
 
-// In unsigned arithmetic: a believed length may have put the cursor anywhere.
-void Bag::align(int to) {
-    if (to > 1)
-        cursor = static_cast<int>((static_cast<unsigned>(cursor) + static_cast<unsigned>(to) - 1) &
-                                  -static_cast<unsigned>(to));
-}
+void Bag::align(int to) { cursor = alignUp(cursor, to); }
 
 void Bag::putData(const void* src, int n) {
-    char* p = putDataPtr(n);
-    if (n != 0) std::memcpy(p, src, static_cast<std::size_t>(n));
+    const int end = endBehind(cursor, n);
+    if (end > bufferSize) src = growBeside(*this, capacityFor(end), src);
+    move(data + cursor, src, n);
+    cursor = size = end;
 }
 
 char* Bag::putDataPtr(int n) {
@@ -106,10 +170,7 @@ char* Bag::putDataPtr(int n) {
     return data + cursor - n;
 }
 
-void Bag::getData(void* dst, int n) {
-    const char* p = getDataPtr(n);
-    if (n != 0) std::memcpy(dst, p, static_cast<std::size_t>(n));
-}
+void Bag::getData(void* dst, int n) { move(static_cast<char*>(dst), getDataPtr(n), n); }
 
 char* Bag::getDataPtr(int n) {
     if (!readable(n)) throw Exception();
@@ -117,43 +178,55 @@ char* Bag::getDataPtr(int n) {
     return data + cursor - n;
 }
 
+// The cursor moves before memory is asked for, and stays there without it.
 void Bag::putDataAligned(const void* src, int n, int alignment) {
-    char* p = putDataPtrAligned(n, alignment);
-    if (n != 0) std::memcpy(p, src, static_cast<std::size_t>(n));
+    const int start = alignedStart(*this, alignment);
+    const int end = endBehind(start, n);
+    if (end > bufferSize) {
+        const int capacity = capacityFor(end);
+        cursor = end;
+        src = growBeside(*this, capacity, src);
+    }
+    move(data + start, src, n);  // before the gap is cleared: that may be where `src` lies
+    clearGap(*this, start);
+    cursor = size = end;
 }
 
 char* Bag::putDataPtrAligned(int n, int alignment) {
-    align(alignment);
-    const int start = cursor;
-    cursor = endBehind(start, n);
-    expand(cursor);
-    const int gap = std::max(size, 0);
-    if (gap < start) {
-        assert(data);
-        std::memset(data + gap, 0, static_cast<std::size_t>(start - gap));
+    const int start = alignedStart(*this, alignment);
+    const int end = endBehind(start, n);
+    if (end > bufferSize) {
+        const int capacity = capacityFor(end);
+        cursor = end;
+        setBufferSize(capacity);
     }
-    size = cursor;
+    clearGap(*this, start);
+    cursor = size = end;
     return data + start;
 }
 
 void Bag::getDataAligned(void* dst, int n, int alignment) {
-    align(alignment);
-    getData(dst, n);
+    move(static_cast<char*>(dst), getDataPtrAligned(n, alignment), n);
 }
 
 char* Bag::getDataPtrAligned(int n, int alignment) {
+    const bool below = cursor < 0;
     align(alignment);
+    if (below) throw Exception();
     return getDataPtr(n);
 }
 
 void* Bag::insSpace(int at, int n) {
-    assert(at >= 0 && at <= size && n >= 0);
-    if (n == 0) return data + at;
-    expand(endBehind(size, n));
+    if (n < 0) throw Exception();
+    if (n == 0) return placeOf(data, at);
+    assert(at >= 0 && at <= size);
+    const bool moves = at <= cursor;
+    const int newSize = endBehind(size, n), newCursor = moves ? endBehind(cursor, n) : cursor;
+    expand(newSize);
     assert(data);
     if (at != size) std::memmove(data + at + n, data + at, static_cast<std::size_t>(size - at));
-    size += n;
-    if (at <= cursor) cursor += n;
+    size = newSize;
+    cursor = newCursor;
     return data + at;
 }
 
@@ -168,10 +241,7 @@ void Bag::delSpace(int at, int n) {
 }
 
 void Bag::expand(int n) {
-    if (n <= bufferSize) return;
-    int capacity = memory_recommend(n);
-    if (capacity < 0) throw Exception();
-    setBufferSize(capacity);
+    if (n > bufferSize) setBufferSize(capacityFor(n));
 }
 
 void Bag::reserve(int n) {

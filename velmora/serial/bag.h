@@ -8,9 +8,13 @@
 //     bag >> number >> text;
 //
 // Values are little-endian; short, int, 64-bit and double values are aligned to their width, counted from the start
-// of the content. Every write ends with size = cursor: writing in the middle cuts off what lay behind.
-// Failure: a read of what is not there throws Bag::Exception, and the content is as it was. Memory that runs out is
-// std::bad_alloc. Requires: contents stay below 1 GiB; growth beyond throws Exception.
+// of the content. Every write ends with size = cursor: writing in the middle cuts off what lay after it. A write with the
+// cursor after the end leaves a gap in between, whose bytes are uninitialised; only aligned writes clear it.
+// What is written may be a part of the same Bag: the result is as if it had been copied first.
+// Failure: a read of what is not there throws Bag::Exception, and the content is as it was. So does a negative count, a
+// read or write with the cursor below 0, and content beyond 1 GiB, which changes nothing. Memory that runs out is
+// std::bad_alloc; an aligned write has then moved the cursor to its end. A negative size, which the length of a corrupt
+// block can lead to, counts as 0.
 // Lifetime: a pointer into the block dies with the next growth, pack, clear or destruction.
 #ifndef VELMORA_SERIAL_BAG_H
 #define VELMORA_SERIAL_BAG_H
@@ -26,6 +30,11 @@ class CharVector;
 class MLDoc;
 template <class T>
 class StringVector;
+
+namespace velmora::detail {
+// A count of bytes as an int. Throws: Bag::Exception when it is none.
+inline int bagCount(std::int64_t n);
+}  // namespace velmora::detail
 
 // A time in a Bag. Warning: the wire holds the low 32 bits, which come back as an unsigned number.
 class VELMORA_API BagTime {
@@ -52,7 +61,8 @@ public:
     ~Bag() { delete[] data; }
     void operator=(const Bag& s);
 
-    // Releases the block; empties and keeps the block; cuts the content (Throws: for `n` above the size).
+    // Releases the block; empties and keeps the block; cuts the content. Throws: for `n` above the size. Warning: a
+    // negative `n` is not refused.
     void clear();
     void truncate() { cursor = size = 0; }
     void truncateTo(int n);
@@ -69,17 +79,17 @@ public:
     // Equal content; cursors play no part.
     bool operator==(const Bag& s) const;
     bool operator!=(const Bag& s) const { return !(*this == s); }
-    operator ChPair() const noexcept { return ChPair(data, data + size); }
+    operator ChPair() const noexcept { return ChPair(data, isEmpty() ? data : data + size); }
 
     char* getData() const { return data; }
     int getSize() const { return size; }
     int getBufferSize() const { return bufferSize; }
-    bool empty() const { return size == 0; }
-    bool isEmpty() const { return size == 0; }
+    bool empty() const { return size <= 0; }
+    bool isEmpty() const { return size <= 0; }
 
     int tell() const { return cursor; }
     char* ptr() const { return data + cursor; }
-    // Set the cursor, unchecked.
+    // Set the cursor, unchecked; it may end below 0 or after the content.
     void to(int n) { cursor = n; }
     void pass(int n) { cursor += n; }
     void back(int n) { cursor -= n; }
@@ -89,7 +99,8 @@ public:
     // Negative when the cursor lies beyond the content.
     int getRestSize() const { return static_cast<int>(static_cast<unsigned>(size) - static_cast<unsigned>(cursor)); }
 
-    // Raw bytes at the cursor. The pointer forms give the place in the block, for the caller to fill or to read.
+    // Raw bytes at the cursor. The pointer forms give the place in the block, for the caller to fill or to read. A gap that
+    // a write leaves between the content and the cursor is uninitialised.
     void putData(const void* src, int n);
     char* putDataPtr(int n);
     void getData(void* dst, int n);
@@ -104,15 +115,16 @@ public:
     char* getDataPtrAligned(int n, int align);
     char* getDataPtrAligned(int n) { return getDataPtrAligned(n, n); }
 
-    // Opens `n` bytes at `at`, uncleared; a cursor at or behind `at` moves along. Returns: data + at.
-    // Requires: 0 <= at <= size, n >= 0.
+    // Opens `n` bytes at `at`, uncleared; a cursor at or after `at` moves along. No bytes change nothing, whatever `at`.
+    // Requires: 0 <= at <= size unless `n` is 0. Returns: data + at. Throws: for a negative `n`.
     void* insSpace(int at, int n);
     // Removes `n` bytes at `at`. Warning: a cursor at or behind `at` moves back by all of `n`, even below 0.
     // Requires: at >= 0. Throws: when the range leads behind the content, and for a negative `n`.
     void delSpace(int at, int n);
 
     // Make the block hold `n` bytes; `n` bytes from the cursor on; exactly `n` bytes; exactly the content.
-    // A block of 0 bytes is released, and the cursor goes to 0.
+    // A block of 0 bytes is released, and the cursor goes to 0. Throws: std::bad_array_new_length for exactly a negative
+    // number of bytes.
     void expand(int n);
     void reserve(int n);
     void setBufferSize(int n);
@@ -154,12 +166,16 @@ public:
     // Text with a terminator behind it; null is empty. Warning: a std::string with a zero byte inside goes out whole
     // and reads back as two things.
     void putString(const char* s);
-    void putString(const std::string& s) { putData(s.c_str(), static_cast<int>(s.size()) + 1); }
+    void putString(const std::string& s) {
+        putData(s.c_str(), velmora::detail::bagCount(static_cast<std::int64_t>(s.size()) + 1));
+    }
     void putString(const CharVector& s);
     // Text without a terminator; null is nothing.
     void putStringNZ(const char* s) { putStringNZ(ChPair(s)); }
-    void putStringNZ(const std::string& s) { putStringNZ(ChPair(s)); }
-    void putStringNZ(const ChPair& s) { putData(s.begin, s.len()); }
+    void putStringNZ(const std::string& s) {
+        putData(s.data(), velmora::detail::bagCount(static_cast<std::int64_t>(s.size())));
+    }
+    void putStringNZ(const ChPair& s) { putData(s.begin, velmora::detail::bagCount(s.end - s.begin)); }
     void putStringNZ(const CharVector& s) { putStringNZ(ChPair(s)); }
     // By the rules of printf, without a terminator. Limit: 4,096 bytes.
     void putFormatStringNZ(const char* format, ...) VELMORA_PRINTF(2, 3);
@@ -229,5 +245,10 @@ private:
     bool readable(int n) const;
     void align(int to);
 };
+
+inline int velmora::detail::bagCount(std::int64_t n) {
+    if (n < 0 || n > 0x7FFFFFFF) throw Bag::Exception();
+    return static_cast<int>(n);
+}
 
 #endif

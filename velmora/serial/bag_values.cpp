@@ -1,11 +1,13 @@
 // The wire form of every value. Fixed-width values are their memory image, aligned to their width; docs/bag-format.md
 // draws them all.
+#include <algorithm>
 #include <bit>
 #include <cstdarg>
 #include <cstring>
 
 #include <velmora/containers/vectors.h>
 #include <velmora/serial/bag.h>
+#include <velmora/serial/bag_parts.h>
 #include <velmora/text/charr.h>
 #include <velmora/text/charvector.h>
 #include <velmora/text/formatting.h>
@@ -13,6 +15,10 @@
 static_assert(std::endian::native == std::endian::little, "values go out as they lie in memory");
 
 namespace {
+
+using velmora::detail::BagEnd;
+using velmora::detail::BagHead;
+using velmora::detail::putParts;
 
 // Through memcpy: the block's own alignment is not the values'.
 template <class T>
@@ -26,6 +32,8 @@ T get(Bag& bag) {
     std::memcpy(&v, bag.getDataPtrAligned(sizeof v), sizeof v);
     return v;
 }
+
+std::int64_t lengthOf(const char* s) { return static_cast<std::int64_t>(std::strlen(s)); }
 
 }  // namespace
 
@@ -52,14 +60,10 @@ Bag& Bag::operator>>(bool& v) {
 
 void Bag::putString(const char* s) {
     if (!s) s = empty_string;
-    putData(s, static_cast<int>(std::strlen(s)) + 1);
+    putParts(*this, BagHead(), s, lengthOf(s), BagEnd::Terminated);
 }
 
-void Bag::putString(const CharVector& s) {
-    char* p = putDataPtr(s.count + 1);  // at once, so that no text without its zero byte is left behind
-    if (s.count != 0) std::memcpy(p, s.data, static_cast<std::size_t>(s.count));
-    p[s.count] = 0;
-}
+void Bag::putString(const CharVector& s) { putParts(*this, BagHead(), s.data, s.count, BagEnd::Terminated); }
 
 void Bag::putFormatStringNZ(const char* format, ...) {
     va_list args;
@@ -97,8 +101,8 @@ Bag& Bag::operator>>(CharVector& s) {
 Bag& Bag::operator<<(const ChArr& s) { return *this << static_cast<const char*>(s.data); }
 
 Bag& Bag::operator<<(const ChPair& s) {
-    putLong(s.len());
-    putStringNZ(s);
+    const int length = velmora::detail::bagCount(s.end - s.begin);
+    putParts(*this, BagHead(length), s.begin, length, BagEnd::Bare);
     return *this;
 }
 
@@ -112,9 +116,8 @@ Bag& Bag::operator>>(ChPair& s) {
 }
 
 Bag& Bag::operator<<(const Bag& inner) {
-    if (&inner == this) return *this << Bag(inner);  // the content as it was before
-    putLong(inner.size);
-    if (inner.size != 0) putData(inner.data, inner.size);
+    const int length = std::max(inner.size, 0);
+    putParts(*this, BagHead(length), inner.data, length, BagEnd::Bare);
     return *this;
 }
 
@@ -134,9 +137,8 @@ Bag& Bag::operator<<(const StringVector<char>& v) {
             putLong(0);
             continue;
         }
-        ChPair text(item);
-        putLong(text.len() + 1);
-        putStringNZ(text);
+        const std::int64_t length = lengthOf(item);
+        putParts(*this, BagHead(velmora::detail::bagCount(length + 1)), item, length, BagEnd::Bare);
     }
     return *this;
 }

@@ -1,7 +1,12 @@
 #include <velmora/serial/ttt.h>
 
+#include <velmora/serial/bag_parts.h>
 #include <velmora/text/charr.h>
 #include <velmora/text/charvector.h>
+
+using velmora::detail::BagEnd;
+using velmora::detail::BagHead;
+using velmora::detail::putParts;
 
 const int TTT::RAW;
 const int TTT::DICT;
@@ -34,35 +39,31 @@ TTT& TTT::operator=(TTT&& s) noexcept {
 }
 
 TTT& TTT::operator<=(const Bag& encoded) {
-    if (encoded.isEmpty()) return *this;
-    if (&encoded == &data) return *this <= Bag(encoded);
-    data.putDataAligned(encoded.data, encoded.size, 4);
+    if (!encoded.isEmpty()) data.putDataAligned(encoded.data, encoded.size, 4);
     return *this;
 }
 
-void TTT::putSpecial(const void* src, int n) {
-    data << static_cast<int>(DATA) << n;
-    data.putData(src, n);
-}
+// Each element goes in at once: a text may lie in the message that it goes to.
+void TTT::putSpecial(const void* src, int n) { putParts(data, BagHead(DATA, n), src, n, BagEnd::Bare); }
 
 TTT& TTT::putText(const ChPair& text) {
-    data.putStringNZ(text);
-    data.putChar(0);
+    putParts(data, BagHead(), text.begin, text.end - text.begin, BagEnd::Terminated);
     return *this;
 }
 
 TTT& TTT::putTaggedText(const ChPair& text) {
-    data << static_cast<int>(PARAM_STRING);
-    return putText(text);
+    putParts(data, BagHead(PARAM_STRING), text.begin, text.end - text.begin, BagEnd::Terminated);
+    return *this;
 }
 
 TTT& TTT::putRaw(const ChPair& text) {
-    data << static_cast<int>(RAW);
-    return putText(text);
+    putParts(data, BagHead(RAW), text.begin, text.end - text.begin, BagEnd::Terminated);
+    return *this;
 }
 
 TTT& TTT::putPairForm(const ChPair& text) {
-    data << static_cast<int>(RAW) << text;
+    const int length = velmora::detail::bagCount(text.end - text.begin);
+    putParts(data, BagHead(RAW, length), text.begin, length, BagEnd::Bare);
     return *this;
 }
 

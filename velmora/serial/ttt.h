@@ -9,6 +9,7 @@
 //
 // Operators: `<` appends a parameter for %d, %s and their kin, `<<` a tagged parameter for %{1}, `<=` a further
 // template. A template uses one kind of parameters and must use all of them.
+// What is appended may be a part of the same message.
 // Threads: translate and getIds move the cursor of the message, so one message is for one thread at a time.
 #ifndef VELMORA_SERIAL_TTT_H
 #define VELMORA_SERIAL_TTT_H
@@ -90,7 +91,7 @@ public:
     TTT(const ChPair& text) { putPairForm(text); }
     TTT(const TTT& s) : TTT(s.data) {}
     TTT(TTT&& s) noexcept { *this = static_cast<TTT&&>(s); }
-    TTT(const Bag& encoded) : TTT(encoded.data, encoded.size) {}
+    TTT(const Bag& encoded) : TTT(encoded.data, encoded.isEmpty() ? 0 : encoded.size) {}
     // A message as it is stored. It is not validated; rendering survives whatever it holds.
     TTT(const char* bytes, int n) { data.putData(bytes, n); }
 
