@@ -8,6 +8,8 @@
 #include <type_traits>
 #include <utility>
 
+#include <velmora/text/charvector.h>
+
 namespace {
 
 static_assert(sizeof(ChArr16) == 8 && offsetof(ChArr16, data) == 0, "one pointer and nothing else");
@@ -249,6 +251,21 @@ TEST(ChArr16RoundTrip, EveryUnitSurvives) {
     EXPECT_EQ(0x7F + 2 * 0x780 + 3 * 0xF800, bytes.len());
     const ChArr16 back(bytes);
     EXPECT_TRUE(all == back.data);
+}
+
+TEST(ChArr16Assign, TakesEveryTextInUtf8) {
+    const CharVector vector("caf\xC3\xA9");
+    EXPECT_EQ(u"caf\u00E9", held(ChArr16(vector)));
+    ChArr16 a("old");
+    EXPECT_EQ(&a, &(a = vector));
+    EXPECT_EQ(u"caf\u00E9", held(a));
+    a = ChPair("xyz", 2);
+    EXPECT_EQ(u"xy", held(a));
+    a = ChPair();
+    EXPECT_EQ(nullptr, a.data);
+    a = "old";
+    a = CharVector();
+    EXPECT_EQ(nullptr, a.data);
 }
 
 }  // namespace

@@ -885,4 +885,87 @@ TEST(ChPairFromChArr, IsAnArgumentOfEveryFamily) {
     EXPECT_TRUE(view.hasPrefix_i_utf8(ChArr("SOME")));
 }
 
+// ---- texts that are parts of themselves ----
+
+struct SelfUse {
+    int line;
+    void (*change)(ChArr& a, int at, int n);
+    std::string (*expected)(const std::string& old, const std::string& part);
+    bool terminated;  // the part is taken up to the end of the text, as it has no length of its own
+};
+
+std::string replacedBy(const std::string&, const std::string& part) { return part; }
+std::string behind(const std::string& old, const std::string& part) { return old + part; }
+std::string inFront(const std::string& old, const std::string& part) { return part + old; }
+
+const SelfUse selfUses[] = {
+    {__LINE__, [](ChArr& a, int at, int n) { a.assign(a.data + at, n); }, replacedBy, false},
+    {__LINE__, [](ChArr& a, int at, int n) { a.assign(a.data + at, a.data + at + n); }, replacedBy, false},
+    {__LINE__, [](ChArr& a, int at, int n) { a = ChPair(a.data + at, n); }, replacedBy, false},
+    {__LINE__, [](ChArr& a, int at, int) { a = a.data + at; }, replacedBy, true},
+    {__LINE__, [](ChArr& a, int at, int n) { a.assign1251(a.data + at, n); }, replacedBy, false},
+    {__LINE__, [](ChArr& a, int at, int) { a.format("%s", a.data + at); }, replacedBy, true},
+    {__LINE__, [](ChArr& a, int at, int) { a += a.data + at; }, behind, true},
+    {__LINE__, [](ChArr& a, int at, int) { a.insert(a.data + at); }, inFront, true},
+};
+
+// At the begin of the text the pointer test of the assignments comes first; that is a test of its own.
+TEST(ChArrSelf, PartOfTheTextIsTakenAsItWas) {
+    const std::string old = "abcdefgh";
+    const int size = static_cast<int>(old.size());
+    for (const SelfUse& use : selfUses) {
+        SCOPED_TRACE(use.line);
+        for (int at = 1; at <= size; ++at) {
+            for (int n = 0; n <= size - at; ++n) {
+                if (use.terminated && n != size - at) continue;
+                SCOPED_TRACE(std::to_string(at) + ", " + std::to_string(n));
+                ChArr a(old);
+                use.change(a, at, n);
+                const std::string part = old.substr(static_cast<std::size_t>(at), static_cast<std::size_t>(n));
+                EXPECT_EQ(use.expected(old, part), a());
+            }
+        }
+    }
+    ChArr twice("ab");
+    twice += twice;
+    twice.insert(twice);
+    EXPECT_STREQ("abababab", twice.data);
+}
+
+// ---- forms for the other texts ----
+
+TEST(ChArrAssign, TakesTheOtherEncodingsOwner) {
+    ChArr a("old");
+    const ChArr16 source(kMixed8), none;
+    EXPECT_EQ(&a, &(a = source));
+    EXPECT_STREQ(kMixed8, a.data);
+    a = none;
+    EXPECT_EQ(nullptr, a.data);
+}
+
+TEST(ChArrAppend, TakesAVector) {
+    ChArr a;
+    const CharVector none, vector("ab");
+    a += none;
+    EXPECT_EQ(nullptr, a.data);
+    a += vector;
+    a += vector;
+    EXPECT_STREQ("abab", a.data);
+}
+
+TEST(ChArrCompare, TakesAVectorInEveryFamily) {
+    const ChArr two("two");
+    const CharVector same("two"), upper("TWO"), other("six");
+    EXPECT_EQ(0, two.compare(same));
+    EXPECT_LT(0, two.compare(other));
+    EXPECT_TRUE(two.equal(same));
+    EXPECT_FALSE(two.equal(other));
+    EXPECT_EQ(0, two.compare_i_ascii(upper));
+    EXPECT_EQ(0, two.compare_i_utf8(upper));
+    EXPECT_TRUE(two.equal_i_ascii(upper));
+    EXPECT_TRUE(two.equal_i_utf8(upper));
+    EXPECT_FALSE(two.equal_i_ascii(other));
+    EXPECT_FALSE(two.equal_i_utf8(other));
+}
+
 }  // namespace

@@ -160,11 +160,7 @@ ChArr16& ChArr16::operator=(const utf16_string& s) {
     return *this;
 }
 
-ChArr16& ChArr16::operator=(const char* s) {
-    ChPair text(s);
-    replaceWith(strnew16(text.begin, text.end));
-    return *this;
-}
+ChArr16& ChArr16::operator=(const char* s) { return *this = ChPair(s); }
 
 void ChArr16::assign(const utf16_t* b, const utf16_t* e) {
     if (b != data) replaceWith(strnew16(b, static_cast<std::size_t>(e - b)));

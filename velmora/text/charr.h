@@ -6,6 +6,8 @@
 
 #include <cstdarg>
 #include <string>
+#include <string_view>
+#include <type_traits>
 
 #include <velmora/base.h>
 #include <velmora/text/bytes.h>
@@ -40,6 +42,7 @@ public:
     ChArr& operator=(const ChArr& s);
     ChArr& operator=(const CharVector& s);
     ChArr& operator=(const std::string& s);
+    ChArr& operator=(const ChArr16& s);
     ChArr& operator=(const utf16_t* s);
     ChArr& operator=(const utf16_string& s);
     void assign(const char* b, const char* e);
@@ -78,6 +81,7 @@ public:
     // Append, and put in front. Null: nothing.
     void operator+=(const char* s);
     void operator+=(const ChArr& s) { *this += s.data; }
+    void operator+=(const CharVector& s) { *this += ChPair(s).begin; }
     void operator+=(const std::string& s) { *this += s.c_str(); }
     void insert(const char* s);
 
@@ -91,6 +95,7 @@ public:
     int compare(const char* s, int n) const { return view().compare(s, n); }
     int compare(const std::string& s) const { return view().compare(s); }
     int compare(const ChPair& s) const { return view().compare(s); }
+    int compare(const CharVector& s) const { return view().compare(s); }
 
     bool equal(const char* s) const { return strcmp0(data, s) == 0; }
     bool equal(const ChArr& s) const { return strcmp0(data, s.data) == 0; }
@@ -98,6 +103,7 @@ public:
     bool equal(const char* s, int n) const { return view().equal(s, n); }
     bool equal(const std::string& s) const { return view().equal(s); }
     bool equal(const ChPair& s) const { return view().equal(s); }
+    bool equal(const CharVector& s) const { return view().equal(s); }
 
     // By the functions of the same name over ranges.
     int compare_i_ascii(const char* s) const { return strcmp_i_ascii(data, s); }
@@ -106,6 +112,7 @@ public:
     int compare_i_ascii(const char* s, int n) const { return view().compare_i_ascii(s, n); }
     int compare_i_ascii(const std::string& s) const { return view().compare_i_ascii(s); }
     int compare_i_ascii(const ChPair& s) const { return view().compare_i_ascii(s); }
+    int compare_i_ascii(const CharVector& s) const { return view().compare_i_ascii(s); }
 
     bool equal_i_ascii(const char* s) const { return view().equal_i_ascii(s); }
     bool equal_i_ascii(const ChArr& s) const { return view().equal_i_ascii(s); }
@@ -113,6 +120,7 @@ public:
     bool equal_i_ascii(const char* s, int n) const { return view().equal_i_ascii(s, n); }
     bool equal_i_ascii(const std::string& s) const { return view().equal_i_ascii(s); }
     bool equal_i_ascii(const ChPair& s) const { return view().equal_i_ascii(s); }
+    bool equal_i_ascii(const CharVector& s) const { return view().equal_i_ascii(s); }
 
     int compare_i_utf8(const char* s) const { return view().compare_i_utf8(s); }
     int compare_i_utf8(const ChArr& s) const { return view().compare_i_utf8(s); }
@@ -120,6 +128,7 @@ public:
     int compare_i_utf8(const char* s, int n) const { return view().compare_i_utf8(s, n); }
     int compare_i_utf8(const std::string& s) const { return view().compare_i_utf8(s); }
     int compare_i_utf8(const ChPair& s) const { return view().compare_i_utf8(s); }
+    int compare_i_utf8(const CharVector& s) const { return view().compare_i_utf8(s); }
 
     bool equal_i_utf8(const char* s) const { return view().equal_i_utf8(s); }
     bool equal_i_utf8(const ChArr& s) const { return view().equal_i_utf8(s); }
@@ -127,6 +136,7 @@ public:
     bool equal_i_utf8(const char* s, int n) const { return view().equal_i_utf8(s, n); }
     bool equal_i_utf8(const std::string& s) const { return view().equal_i_utf8(s); }
     bool equal_i_utf8(const ChPair& s) const { return view().equal_i_utf8(s); }
+    bool equal_i_utf8(const CharVector& s) const { return view().equal_i_utf8(s); }
 
     bool operator==(const char* s) const { return equal(s); }
     bool operator==(const ChArr& s) const { return equal(s); }
@@ -166,6 +176,7 @@ public:
     ChArr16(const char* b, const char* e) : data(strnew16(b, e)) {}
     ChArr16(const ChPair& s) : ChArr16(s.begin, s.end) {}
     ChArr16(const ChArr& s) : ChArr16(s.data) {}
+    ChArr16(const CharVector& s) : ChArr16(ChPair(s)) {}
     ~ChArr16() { delete[] data; }
 
     // As for ChArr. A std::string is taken up to its first zero byte.
@@ -174,6 +185,8 @@ public:
     ChArr16& operator=(const utf16_string& s);
     ChArr16& operator=(const char* s);
     ChArr16& operator=(const ChArr& s) { return *this = static_cast<const char*>(s.data); }
+    ChArr16& operator=(const ChPair& s) { return replaceWith(strnew16(s.begin, s.end)), *this; }
+    ChArr16& operator=(const CharVector& s) { return *this = ChPair(s); }
     ChArr16& operator=(const std::string& s) { return *this = s.c_str(); }
     void assign(const utf16_t* b, const utf16_t* e);
     void assign(const utf16_t* s, int n) { assign(s, s + n); }
@@ -196,14 +209,45 @@ private:
     void replaceWith(utf16_t* text);
 };
 
-// The other way round. Without these, C++17 would compare the addresses of two texts.
-inline bool operator==(const char* a, const ChArr& b) { return b == a; }
-inline bool operator!=(const char* a, const ChArr& b) { return !(b == a); }
-inline bool operator==(const char* a, const ChPair& b) { return b == a; }
-inline bool operator!=(const char* a, const ChPair& b) { return b != a; }
-inline bool operator==(const ChPair& a, const ChArr& b) { return a.equal(b); }
-inline bool operator!=(const ChPair& a, const ChArr& b) { return !a.equal(b); }
-inline bool operator==(const ChArr& a, const ChPair& b) { return b.equal(a); }
-inline bool operator!=(const ChArr& a, const ChPair& b) { return !b.equal(a); }
+inline ChArr& ChArr::operator=(const ChArr16& s) { return *this = static_cast<const utf16_t*>(s.data); }
+
+VELMORA_COMPARE_TEXTS(ChPair, const char*, const ChArr&)
+VELMORA_COMPARE_TEXTS(ChPair, const std::string&, const ChArr&)
+VELMORA_COMPARE_TEXTS(ChPair, const ChPair&, const ChArr&)
+VELMORA_COMPARE_TEXTS(ChPair, const ChArr&, const ChPair&)
+
+namespace velmora::detail {
+
+inline std::basic_string_view<utf16_t> view16(const utf16_t* s) { return s ? s : empty_string16; }
+inline std::basic_string_view<utf16_t> view16(const ChArr16& s) { return s.asCharPtr(); }
+inline std::basic_string_view<utf16_t> view16(const utf16_string& s) { return s; }
+
+// Whether one of the two is a ChArr16 and the other is text in UTF-8.
+template <class A, class B>
+using IsMixed = std::conjunction<std::is_same<A, ChArr16>, std::is_convertible<const B&, ChPair>,
+                                 std::negation<std::is_same<B, std::nullptr_t>>>;
+template <class A, class B>
+using IfMixed = std::enable_if_t<std::disjunction<IsMixed<A, B>, IsMixed<B, A>>::value>;
+
+}  // namespace velmora::detail
+
+// Order by 16-bit units. Null is empty text.
+VELMORA_COMPARE_TEXTS(velmora::detail::view16, const ChArr16&, const ChArr16&)
+VELMORA_COMPARE_TEXTS(velmora::detail::view16, const ChArr16&, const utf16_t*)
+VELMORA_COMPARE_TEXTS(velmora::detail::view16, const utf16_t*, const ChArr16&)
+VELMORA_COMPARE_TEXTS(velmora::detail::view16, const ChArr16&, const utf16_string&)
+VELMORA_COMPARE_TEXTS(velmora::detail::view16, const utf16_string&, const ChArr16&)
+
+// Texts of different encodings are not compared: convert one of them.
+#define VELMORA_NO_COMPARISON(Operator)                                 \
+    template <class A, class B, class = velmora::detail::IfMixed<A, B>> \
+    bool operator Operator(const A&, const B&) = delete;
+VELMORA_NO_COMPARISON(==)
+VELMORA_NO_COMPARISON(!=)
+VELMORA_NO_COMPARISON(<)
+VELMORA_NO_COMPARISON(>)
+VELMORA_NO_COMPARISON(<=)
+VELMORA_NO_COMPARISON(>=)
+#undef VELMORA_NO_COMPARISON
 
 #endif

@@ -9,6 +9,7 @@
 
 #include <cstring>
 #include <string>
+#include <type_traits>
 
 #include <velmora/base.h>
 #include <velmora/text/bytes.h>
@@ -17,6 +18,16 @@
 
 template <class T>
 class SimpleVector;
+
+namespace velmora::detail {
+
+constexpr int kMostCapacity = 1 << 30;  // what memory_recommend gives at most
+
+template <class T>
+using IfNumber =
+    std::enable_if_t<(std::is_arithmetic<T>::value || std::is_enum<T>::value) && !std::is_same<T, char>::value>;
+
+}  // namespace velmora::detail
 
 // The capacity to allocate for a wanted size, for text, vectors and Bag alike: 16, then 256, then the smallest
 // power of two that reaches it. Limit: 1,073,741,824; a greater size has no capacity, which is told by a negative number.
@@ -61,6 +72,9 @@ public:
     void append(const std::string& s) { append(s.data(), s.size()); }
     void append(const CharVector& s) { append(s.data, static_cast<std::size_t>(s.count)); }
     void append(const SimpleVector<char>& s);
+    // A number would be the byte of its value: convert it to text, or cast it to char.
+    template <class T, class = velmora::detail::IfNumber<T>>
+    void append(T) = delete;
 
     void operator+=(const char* s) { append(s); }
     void operator+=(char c) { append(c); }
@@ -69,6 +83,8 @@ public:
     void operator+=(const std::string& s) { append(s); }
     void operator+=(const CharVector& s) { append(s); }
     void operator+=(const SimpleVector<char>& s) { append(s); }
+    template <class T, class = velmora::detail::IfNumber<T>>
+    void operator+=(T) = delete;
 
     CharVector& operator<<(const char* s) { return append(s), *this; }
     CharVector& operator<<(char c) { return append(c), *this; }
@@ -77,6 +93,8 @@ public:
     CharVector& operator<<(const std::string& s) { return append(s), *this; }
     CharVector& operator<<(const CharVector& s) { return append(s), *this; }
     CharVector& operator<<(const SimpleVector<char>& s) { return append(s), *this; }
+    template <class T, class = velmora::detail::IfNumber<T>>
+    CharVector& operator<<(T) = delete;
 
     bool isNull() const { return !data; }
     int len() const { return count; }
@@ -156,12 +174,9 @@ protected:
     void init_str(const char* s) { init(s, s ? std::strlen(s) : 0); }
 };
 
-// The other way round. Without these, C++17 would compare the addresses of two texts.
-inline bool operator==(const char* a, const CharVector& b) { return b == a; }
-inline bool operator!=(const char* a, const CharVector& b) { return b != a; }
-inline bool operator==(const ChPair& a, const CharVector& b) { return b == a; }
-inline bool operator!=(const ChPair& a, const CharVector& b) { return b != a; }
-inline bool operator==(const ChArr& a, const CharVector& b) { return b == a; }
-inline bool operator!=(const ChArr& a, const CharVector& b) { return b != a; }
+VELMORA_COMPARE_TEXTS(ChPair, const char*, const CharVector&)
+VELMORA_COMPARE_TEXTS(ChPair, const std::string&, const CharVector&)
+VELMORA_COMPARE_TEXTS(ChPair, const ChPair&, const CharVector&)
+VELMORA_COMPARE_TEXTS(ChPair, const ChArr&, const CharVector&)
 
 #endif

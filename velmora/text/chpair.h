@@ -14,6 +14,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <type_traits>
 
 #include <velmora/base.h>
 #include <velmora/text/bytes.h>
@@ -21,8 +22,11 @@
 #include <velmora/text/utf.h>
 
 class ChArr;
+class ChArr16;
 class CharVector;
 struct PairTag;
+template <class T>
+class SimpleVector;
 
 class VELMORA_API ChPair {
 public:
@@ -38,15 +42,27 @@ public:
     ChPair(const std::string& s VELMORA_LIFETIMEBOUND) noexcept { assign(s.data(), s.data() + s.size()); }
     ChPair(const ChArr& s VELMORA_LIFETIMEBOUND) noexcept;
     ChPair(const CharVector& s VELMORA_LIFETIMEBOUND) noexcept;
+    // These would view a converted copy that is gone at once: keep the copy in a ChArr or CharVector, and view that.
+    explicit ChPair(const ChArr16&) = delete;
+    explicit ChPair(const utf16_string&) = delete;
+    template <class Unit, class = std::enable_if_t<std::is_same<Unit, utf16_t>::value>>
+    explicit ChPair(const Unit*) = delete;
+    explicit ChPair(const SimpleVector<char>&) = delete;
 
     ChPair(const ChPair&) = default;
     ChPair(ChPair&&) = default;
     ChPair& operator=(const ChPair&) = default;
     ChPair& operator=(ChPair&&) = default;
+    // Warning: no compiler reports a source that is a temporary here; the constructors have it reported by Clang.
     ChPair& operator=(const char* s) noexcept { return *this = ChPair(s); }
     ChPair& operator=(const std::string& s) noexcept { return *this = ChPair(s); }
     ChPair& operator=(const ChArr& s) noexcept { return *this = ChPair(s); }
     ChPair& operator=(const CharVector& s) noexcept { return *this = ChPair(s); }
+    ChPair& operator=(const ChArr16&) = delete;
+    ChPair& operator=(const utf16_string&) = delete;
+    template <class Unit, class = std::enable_if_t<std::is_same<Unit, utf16_t>::value>>
+    ChPair& operator=(const Unit*) = delete;
+    ChPair& operator=(const SimpleVector<char>&) = delete;
     void assign(const char* b, const char* e) noexcept {
         begin = const_cast<char*>(b);
         end = const_cast<char*>(e);
@@ -68,6 +84,7 @@ public:
     int compare(const char* s) const { return compare(ChPair(s)); }
     int compare(const std::string& s) const { return compare(ChPair(s)); }
     int compare(const ChArr& s) const { return compare(ChPair(s)); }
+    int compare(const CharVector& s) const { return compare(ChPair(s)); }
 
     // Equal length and bytes. The null view equals an empty one.
     bool equal(const ChPair& s) const { return streq(begin, size(), s.begin, s.size()); }
@@ -76,6 +93,7 @@ public:
     bool equal(const char* s) const { return equal(ChPair(s)); }
     bool equal(const std::string& s) const { return equal(ChPair(s)); }
     bool equal(const ChArr& s) const { return equal(ChPair(s)); }
+    bool equal(const CharVector& s) const { return equal(ChPair(s)); }
 
     // Order by strcmp_i_ascii. Warning: the null view as *this gives 1 against anything, as told there.
     int compare_i_ascii(const ChPair& s) const { return strcmp_i_ascii(begin, end, s.begin, s.end); }
@@ -84,6 +102,7 @@ public:
     int compare_i_ascii(const char* s) const { return compare_i_ascii(ChPair(s)); }
     int compare_i_ascii(const std::string& s) const { return compare_i_ascii(ChPair(s)); }
     int compare_i_ascii(const ChArr& s) const { return compare_i_ascii(ChPair(s)); }
+    int compare_i_ascii(const CharVector& s) const { return compare_i_ascii(ChPair(s)); }
 
     bool equal_i_ascii(const ChPair& s) const { return streq_i_ascii(begin, size(), s.begin, s.size()); }
     bool equal_i_ascii(const char* b, const char* e) const { return equal_i_ascii(ChPair(b, e)); }
@@ -91,6 +110,7 @@ public:
     bool equal_i_ascii(const char* s) const { return equal_i_ascii(ChPair(s)); }
     bool equal_i_ascii(const std::string& s) const { return equal_i_ascii(ChPair(s)); }
     bool equal_i_ascii(const ChArr& s) const { return equal_i_ascii(ChPair(s)); }
+    bool equal_i_ascii(const CharVector& s) const { return equal_i_ascii(ChPair(s)); }
 
     int compare_i_utf8(const ChPair& s) const { return strcmp_i_utf8(begin, end, s.begin, s.end); }
     int compare_i_utf8(const char* b, const char* e) const { return compare_i_utf8(ChPair(b, e)); }
@@ -98,6 +118,7 @@ public:
     int compare_i_utf8(const char* s) const { return compare_i_utf8(ChPair(s)); }
     int compare_i_utf8(const std::string& s) const { return compare_i_utf8(ChPair(s)); }
     int compare_i_utf8(const ChArr& s) const { return compare_i_utf8(ChPair(s)); }
+    int compare_i_utf8(const CharVector& s) const { return compare_i_utf8(ChPair(s)); }
 
     // Texts of different length in bytes are never equal, whatever compare_i_utf8 makes of them.
     bool equal_i_utf8(const ChPair& s) const { return size() == s.size() && compare_i_utf8(s) == 0; }
@@ -106,6 +127,7 @@ public:
     bool equal_i_utf8(const char* s) const { return equal_i_utf8(ChPair(s)); }
     bool equal_i_utf8(const std::string& s) const { return equal_i_utf8(ChPair(s)); }
     bool equal_i_utf8(const ChArr& s) const { return equal_i_utf8(ChPair(s)); }
+    bool equal_i_utf8(const CharVector& s) const { return equal_i_utf8(ChPair(s)); }
 
     bool operator==(const ChPair& s) const noexcept { return equal(s); }
     bool operator==(const char* s) const noexcept { return equal(s); }
@@ -132,6 +154,7 @@ public:
     char* find(char c) const { return strfind(begin, size(), c); }
     char* find(const char* s) const { return find(ChPair(s)); }
     char* find(const ChArr& s) const { return find(ChPair(s)); }
+    char* find(const CharVector& s) const { return find(ChPair(s)); }
     char* find(const std::string& s) const { return find(ChPair(s)); }
 
     // Whether find has a result, with the same warning.
@@ -139,24 +162,28 @@ public:
     bool contains(char c) const { return find(c) != nullptr; }
     bool contains(const char* s) const { return find(s) != nullptr; }
     bool contains(const ChArr& s) const { return find(s) != nullptr; }
+    bool contains(const CharVector& s) const { return find(s) != nullptr; }
     bool contains(const std::string& s) const { return find(s) != nullptr; }
 
     char* find_i_ascii(const ChPair& s) const { return strfind_i_ascii(begin, size(), s.begin, s.size()); }
     char* find_i_ascii(char c) const { return strfind_i_ascii(begin, end, c); }
     char* find_i_ascii(const char* s) const { return find_i_ascii(ChPair(s)); }
     char* find_i_ascii(const ChArr& s) const { return find_i_ascii(ChPair(s)); }
+    char* find_i_ascii(const CharVector& s) const { return find_i_ascii(ChPair(s)); }
     char* find_i_ascii(const std::string& s) const { return find_i_ascii(ChPair(s)); }
 
     char* find_i_utf8(const ChPair& s) const { return strfind_i_utf8(begin, end, s.begin, s.end); }
     char* find_i_utf8(char c) const { return find_i_utf8(ChPair(&c, 1)); }
     char* find_i_utf8(const char* s) const { return find_i_utf8(ChPair(s)); }
     char* find_i_utf8(const ChArr& s) const { return find_i_utf8(ChPair(s)); }
+    char* find_i_utf8(const CharVector& s) const { return find_i_utf8(ChPair(s)); }
     char* find_i_utf8(const std::string& s) const { return find_i_utf8(ChPair(s)); }
 
     // Whether the view starts with these bytes. An empty prefix: true, also on the null view.
     bool hasPrefix(const ChPair& s) const { return s.size() <= size() && streq(begin, s.size(), s.begin, s.size()); }
     bool hasPrefix(const char* s) const { return hasPrefix(ChPair(s)); }
     bool hasPrefix(const ChArr& s) const { return hasPrefix(ChPair(s)); }
+    bool hasPrefix(const CharVector& s) const { return hasPrefix(ChPair(s)); }
     bool hasPrefix(const std::string& s) const { return hasPrefix(ChPair(s)); }
 
     bool hasPrefix_i_ascii(const ChPair& s) const {
@@ -164,6 +191,7 @@ public:
     }
     bool hasPrefix_i_ascii(const char* s) const { return hasPrefix_i_ascii(ChPair(s)); }
     bool hasPrefix_i_ascii(const ChArr& s) const { return hasPrefix_i_ascii(ChPair(s)); }
+    bool hasPrefix_i_ascii(const CharVector& s) const { return hasPrefix_i_ascii(ChPair(s)); }
     bool hasPrefix_i_ascii(const std::string& s) const { return hasPrefix_i_ascii(ChPair(s)); }
 
     // Compares as many bytes of the view as the prefix has.
@@ -172,6 +200,7 @@ public:
     }
     bool hasPrefix_i_utf8(const char* s) const { return hasPrefix_i_utf8(ChPair(s)); }
     bool hasPrefix_i_utf8(const ChArr& s) const { return hasPrefix_i_utf8(ChPair(s)); }
+    bool hasPrefix_i_utf8(const CharVector& s) const { return hasPrefix_i_utf8(ChPair(s)); }
     bool hasPrefix_i_utf8(const std::string& s) const { return hasPrefix_i_utf8(ChPair(s)); }
 
     // These change the bytes in view.
@@ -252,5 +281,18 @@ public:
 private:
     std::size_t size() const noexcept { return static_cast<std::size_t>(end - begin); }
 };
+
+// The six comparisons of a `Left` with a `Right` that no class has as members, by what `View` makes of both. Each pair of
+// types has its own: the next best overload would compare two addresses or a copy that is cut at a zero byte.
+#define VELMORA_COMPARE_TEXTS(View, Left, Right)                           \
+    inline bool operator==(Left a, Right b) { return View(a) == View(b); } \
+    inline bool operator!=(Left a, Right b) { return View(a) != View(b); } \
+    inline bool operator<(Left a, Right b) { return View(a) < View(b); }   \
+    inline bool operator>(Left a, Right b) { return View(a) > View(b); }   \
+    inline bool operator<=(Left a, Right b) { return View(a) <= View(b); } \
+    inline bool operator>=(Left a, Right b) { return View(a) >= View(b); }
+
+VELMORA_COMPARE_TEXTS(ChPair, const char*, const ChPair&)
+VELMORA_COMPARE_TEXTS(ChPair, const std::string&, const ChPair&)
 
 #endif
