@@ -100,9 +100,9 @@ TEST(MemoryRecommend, FollowsTheSteps) {
     }
 }
 
-TEST(CharVectorMemoryRecommend, SizeBeyondTheLimitHasNone) {
-    EXPECT_GT(0, memory_recommend(1073741825));
-    EXPECT_GT(0, memory_recommend(INT_MAX));
+TEST(MemoryRecommend, SizeBeyondTheLimitIsExhaustedMemory) {
+    EXPECT_THROW(memory_recommend(1073741825), std::bad_alloc);
+    EXPECT_THROW(memory_recommend(INT_MAX), std::bad_alloc);
 }
 
 // Neither hangs nor counts beyond an int; the text that would be copied is not looked at.
@@ -120,6 +120,20 @@ TEST(CharVectorGrowth, BeyondTheLimitIsExhaustedMemory) {
         EXPECT_THROW(text.insert(4, n), std::bad_alloc);
         EXPECT_EQ(4, text.count);
         EXPECT_STREQ("text", text.data);
+    }
+}
+
+// No byte of the source is read.
+TEST(CharVectorCounts, BeyondAnIntAreExhaustedMemory) {
+    const char text[] = "text";
+    for (const std::size_t n : {std::size_t{INT_MAX}, std::size_t{INT_MAX} + 1, std::size_t{1} << 32, SIZE_MAX}) {
+        SCOPED_TRACE(n);
+        CharVector v("old");
+        EXPECT_THROW(CharVector(text, n), std::bad_alloc);
+        EXPECT_THROW(v.assign(text, n), std::bad_alloc);
+        EXPECT_THROW(v.append(text, n), std::bad_alloc);
+        EXPECT_EQ(3, v.count);
+        EXPECT_STREQ("old", v.data);
     }
 }
 
@@ -886,5 +900,115 @@ TEST(CharVectorInit, BuildsAsTheConstructorsDo) {
     v.init("x", 0);
     expectNull(__LINE__, v);
 }
+
+// ---- texts that are parts of themselves ----
+
+// A part of a text, as its place and length.
+struct Part {
+    std::size_t at;
+    std::size_t n;
+};
+
+struct SelfUse {
+    int line;
+    void (*change)(CharVector& v, Part part);
+    std::string (*expected)(const std::string& old, const std::string& part);
+    bool terminated;  // the part is taken up to the end of the text, as it has no length of its own
+};
+
+std::string replaced(const std::string&, const std::string& part) { return part; }
+std::string appended(const std::string& old, const std::string& part) { return old + part; }
+
+const SelfUse selfUses[] = {
+    {__LINE__, [](CharVector& v, Part p) { v.assign(v.data + p.at, p.n); }, replaced, false},
+    {__LINE__, [](CharVector& v, Part p) { v.assign(v.data + p.at, v.data + p.at + p.n); }, replaced, false},
+    {__LINE__, [](CharVector& v, Part p) { v = ChPair(v.data + p.at, v.data + p.at + p.n); }, replaced, false},
+    {__LINE__, [](CharVector& v, Part p) { v = v.data + p.at; }, replaced, true},
+    {__LINE__, [](CharVector& v, Part p) { v.append(v.data + p.at, p.n); }, appended, false},
+    {__LINE__, [](CharVector& v, Part p) { v.append(v.data + p.at, v.data + p.at + p.n); }, appended, false},
+    {__LINE__, [](CharVector& v, Part p) { v.append(ChPair(v.data + p.at, v.data + p.at + p.n)); }, appended, false},
+    {__LINE__, [](CharVector& v, Part p) { v += ChPair(v.data + p.at, v.data + p.at + p.n); }, appended, false},
+    {__LINE__, [](CharVector& v, Part p) { v << ChPair(v.data + p.at, v.data + p.at + p.n); }, appended, false},
+    {__LINE__, [](CharVector& v, Part p) { v.append(v.data + p.at); }, appended, true},
+    {__LINE__, [](CharVector& v, Part p) { v += v.data + p.at; }, appended, true},
+    {__LINE__, [](CharVector& v, Part p) { v << v.data + p.at; }, appended, true},
+};
+
+// With and without room for what is added.
+TEST(CharVectorSelf, PartOfTheTextIsTakenAsItWas) {
+    const std::string old = "abcdefghi";
+    for (const SelfUse& use : selfUses) {
+        SCOPED_TRACE(use.line);
+        for (std::size_t at = 0; at <= old.size(); ++at) {
+            for (std::size_t n = 0; n <= old.size() - at; ++n) {
+                if (use.terminated && n != old.size() - at) continue;
+                SCOPED_TRACE(std::to_string(at) + ", " + std::to_string(n));
+                CharVector exact(old), roomy;
+                roomy.append(old);
+                roomy.append(std::string(20, '.'));
+                roomy.cutTo(static_cast<int>(old.size()));
+                const std::string expected = use.expected(old, old.substr(at, n));
+                use.change(exact, {at, n});
+                EXPECT_EQ(expected, exact.std());
+                EXPECT_EQ(0, exact.data ? exact.data[exact.count] : 0);
+                use.change(roomy, {at, n});
+                EXPECT_EQ(expected, roomy.std());
+                EXPECT_EQ(0, roomy.data ? roomy.data[roomy.count] : 0);
+            }
+        }
+    }
+}
+
+TEST(CharVectorSelf, VectorIsAppendedToItself) {
+    for (const char* text : {"", "a", "abcdefgh"}) {
+        SCOPED_TRACE(text);
+        const std::string twice = std::string(text) + text;
+        CharVector a(text), b(text), c(text);
+        a.append(a);
+        b += b;
+        c << c;
+        EXPECT_EQ(twice, a.std());
+        EXPECT_EQ(twice, b.std());
+        EXPECT_EQ(twice, c.std());
+        if (*text) a << a << a.data[0];
+        EXPECT_EQ(*text ? twice + twice + text[0] : twice, a.std());
+    }
+}
+
+// ---- what is text, and what is not ----
+
+template <class V, class T, class = void>
+struct TakesInto : std::false_type {};
+template <class V, class T>
+struct TakesInto<V, T, decltype(void(std::declval<V&>() << std::declval<T>()))> : std::true_type {};
+template <class V, class T, class = void>
+struct Adds : std::false_type {};
+template <class V, class T>
+struct Adds<V, T, decltype(void(std::declval<V&>() += std::declval<T>()))> : std::true_type {};
+template <class V, class T, class = void>
+struct Appends : std::false_type {};
+template <class V, class T>
+struct Appends<V, T, decltype(void(std::declval<V&>().append(std::declval<T>())))> : std::true_type {};
+
+template <class T>
+constexpr bool isText() {
+    static_assert(TakesInto<CharVector, T>::value == Adds<CharVector, T>::value &&
+                      TakesInto<CharVector, T>::value == Appends<CharVector, T>::value,
+                  "the three names of one operation");
+    return Appends<CharVector, T>::value;
+}
+
+enum Colour { Red = 42 };
+enum class Scoped { Red };
+
+static_assert(isText<char>() && isText<const char*>() && isText<char*>() && isText<const char (&)[3]>(), "");
+static_assert(isText<const ChPair&>() && isText<const ChArr&>() && isText<ChArr&>() && isText<const std::string&>(),
+              "");
+static_assert(isText<const CharVector&>() && isText<CharVector&>() && isText<const SimpleVector<char>&>(), "");
+// The byte that a number would be is not its text.
+static_assert(!isText<int>() && !isText<unsigned>() && !isText<long>() && !isText<std::size_t>() && !isText<bool>(),
+              "");
+static_assert(!isText<short>() && !isText<unsigned char>() && !isText<signed char>() && !isText<utf16_t>(), "");
+static_assert(!isText<float>() && !isText<double>() && !isText<Colour>() && !isText<Scoped>(), "");
 
 }  // namespace

@@ -9,11 +9,15 @@
 #include <utility>
 #include <vector>
 
+#include <velmora/containers/vectors.h>
+#include <velmora/serial/tags.h>
+#include <velmora/serial/ttt.h>
 #include <velmora/text/charr.h>
 #include <velmora/text/charvector.h>
 
 #include "tests/support/all_texts.h"
 #include "tests/support/guard_page.h"
+#include "tests/support/message.h"
 #include "tests/support/table_scope.h"
 
 namespace {
@@ -878,6 +882,244 @@ TEST(ChPairPath, NullViewHasNullParts) {
     EXPECT_VIEW(nullptr, nullptr, ChPair().findLastExtension());
     EXPECT_VIEW(nullptr, nullptr, ChPair().findLastPathItem());
     EXPECT_VIEW(nullptr, nullptr, ChPair().parsePath());
+}
+
+// --- Views whose end lies before their begin ---
+
+std::string placeIn(const char* text, const char* place) { return place ? std::to_string(place - text) : "null"; }
+
+std::string placesIn(const char* text, const ChPair& view) {
+    return placeIn(text, view.begin) + "," + placeIn(text, view.end);
+}
+
+std::string answers(bool whether, const ChPair& left, const ChPair& right, const char* text) {
+    return std::to_string(whether) + " " + placesIn(text, left) + " " + placesIn(text, right);
+}
+
+template <class T, class Parse>
+std::string parsed(Parse parse) {
+    try {
+        return std::to_string(static_cast<T>(parse()));
+    } catch (const TTT& message) {
+        return support::dumpMessage(message);
+    }
+}
+
+struct ViewUse {
+    int line;
+    std::string (*result)(ChPair view);
+};
+
+PairTag colours[] = {{"red", 1}, {"green", 2}, {}};
+
+const ViewUse viewUses[] = {
+    {__LINE__, [](ChPair v) { return std::to_string(v.size()); }},
+    {__LINE__, [](ChPair v) { return v.std(); }},
+    {__LINE__,
+     [](ChPair v) {
+         std::string out = "old";
+         return v.std(out);
+     }},
+    // Each member that compares, on either side.
+    {__LINE__, [](ChPair v) { return std::to_string(sign(v.compare("a"))); }},
+    {__LINE__, [](ChPair v) { return std::to_string(sign(ChPair("a").compare(v))); }},
+    {__LINE__, [](ChPair v) { return std::to_string(sign(ChPair("a").compare(v.begin, v.end))); }},
+    {__LINE__, [](ChPair v) { return std::to_string(sign(ChPair("a").compare(v.begin, v.len()))); }},
+    {__LINE__, [](ChPair v) { return std::to_string(v.equal("")) + std::to_string(v.equal("ab")); }},
+    {__LINE__, [](ChPair v) { return std::to_string(ChPair().equal(v)) + std::to_string(ChPair("ab").equal(v)); }},
+    {__LINE__, [](ChPair v) { return std::to_string(v.equal_i_ascii("")) + std::to_string(v.equal_i_ascii("ab")); }},
+    {__LINE__, [](ChPair v) { return std::to_string(ChPair("ab").equal_i_ascii(v)); }},
+    {__LINE__, [](ChPair v) { return std::to_string(v.compare_i_utf8("")) + std::to_string(v.compare_i_utf8("ab")); }},
+    {__LINE__, [](ChPair v) { return std::to_string(ChPair("ab").compare_i_utf8(v)); }},
+    {__LINE__, [](ChPair v) { return std::to_string(v.equal_i_utf8("")) + std::to_string(v.equal_i_utf8("ab")); }},
+    {__LINE__, [](ChPair v) { return std::to_string(ChPair("ab").equal_i_utf8(v)); }},
+    {__LINE__, [](ChPair v) { return std::to_string(v == ChPair("")) + std::to_string(v < ChPair("a")); }},
+    // Each that searches.
+    {__LINE__, [](ChPair v) { return placeIn(v.begin, v.find('b')); }},
+    {__LINE__, [](ChPair v) { return placeIn(v.begin, v.find("b")); }},
+    {__LINE__, [](ChPair v) { return std::to_string(v.contains("b")) + std::to_string(v.contains('b')); }},
+    {__LINE__, [](ChPair v) { return std::to_string(ChPair("abc").contains(v)); }},
+    {__LINE__, [](ChPair v) { return placeIn(v.begin, v.find_i_ascii('b')); }},
+    {__LINE__, [](ChPair v) { return placeIn(v.begin, v.find_i_ascii("b")); }},
+    {__LINE__, [](ChPair v) { return std::to_string(ChPair("abc").find_i_ascii(v) != nullptr); }},
+    {__LINE__, [](ChPair v) { return placeIn(v.begin, v.find_i_utf8('b')); }},
+    {__LINE__, [](ChPair v) { return placeIn(v.begin, v.find_i_utf8("b")); }},
+    {__LINE__, [](ChPair v) { return std::to_string(ChPair("abc").find_i_utf8(v) != nullptr); }},
+    {__LINE__, [](ChPair v) { return std::to_string(v.hasPrefix("")) + std::to_string(v.hasPrefix("b")); }},
+    {__LINE__, [](ChPair v) { return std::to_string(ChPair("ab").hasPrefix(v)); }},
+    {__LINE__, [](ChPair v) { return std::to_string(v.hasPrefix_i_ascii("b")); }},
+    {__LINE__, [](ChPair v) { return std::to_string(ChPair("ab").hasPrefix_i_ascii(v)); }},
+    {__LINE__, [](ChPair v) { return std::to_string(v.hasPrefix_i_utf8("b")); }},
+    {__LINE__, [](ChPair v) { return std::to_string(ChPair("ab").hasPrefix_i_utf8(v)); }},
+    // Each that changes bytes: the text is looked at afterwards.
+    {__LINE__, [](ChPair v) { return v.up_ascii(), std::string(); }},
+    {__LINE__, [](ChPair v) { return v.lw_ascii(), std::string(); }},
+    {__LINE__, [](ChPair v) { return v.up_utf8(), std::string(); }},
+    {__LINE__, [](ChPair v) { return v.lw_utf8(), std::string(); }},
+    {__LINE__, [](ChPair v) { return v.replace('b', 'x'), std::string(); }},
+    // Each that narrows or splits.
+    {__LINE__, [](ChPair v) { return v.trimSpaces(), std::to_string(v.size()); }},
+    {__LINE__, [](ChPair v) { return v.trimWhite(), std::to_string(v.size()); }},
+    {__LINE__, [](ChPair v) { return v.trimEOLN(), std::to_string(v.size()); }},
+    {__LINE__, [](ChPair v) { return v.trimQuotes('a', 'a'), std::to_string(v.size()); }},
+    {__LINE__,
+     [](ChPair v) {
+         ChPair left(v.begin), right(v.begin);
+         return answers(v.split(left, 'b', right), left, right, v.begin);
+     }},
+    {__LINE__,
+     [](ChPair v) {
+         ChPair left, right;
+         return answers(v.split_get(left, 'b', right), left, right, v.begin);
+     }},
+    {__LINE__,
+     [](ChPair v) {
+         ChPair line, rest;
+         return answers(v.split_line_get(line, rest), line, rest, v.begin);
+     }},
+    {__LINE__, [](ChPair v) { return placesIn(v.begin, v.findLastExtension()); }},
+    {__LINE__, [](ChPair v) { return placesIn(v.begin, v.findLastPathItem()); }},
+    {__LINE__, [](ChPair v) { return placesIn(v.begin, v.parsePath()); }},
+    // Each that reads a value.
+    {__LINE__, [](ChPair v) { return parsed<int>([&] { return v.parseInt(nullptr, nullptr); }); }},
+    {__LINE__, [](ChPair v) { return parsed<unsigned>([&] { return v.parseUInt(nullptr, nullptr); }); }},
+    {__LINE__, [](ChPair v) { return parsed<long long>([&] { return v.parseInt64(nullptr, nullptr); }); }},
+    {__LINE__, [](ChPair v) { return parsed<unsigned long long>([&] { return v.parseUInt64(nullptr, nullptr); }); }},
+    {__LINE__, [](ChPair v) { return parsed<double>([&] { return v.parseDouble(nullptr, nullptr); }); }},
+    {__LINE__, [](ChPair v) { return parsed<unsigned>([&] { return v.parseIP(); }); }},
+    {__LINE__, [](ChPair v) { return parsed<unsigned>([&] { return v.parseEnum(colours, 0); }); }},
+    {__LINE__, [](ChPair v) { return parsed<unsigned>([&] { return v.parseFlags(colours, 0, true); }); }},
+    {__LINE__, [](ChPair v) { return parsed<long long>([&] { return v.parseGMTTime(); }); }},
+    {__LINE__, [](ChPair v) { return parsed<long long>([&] { return v.parseLocalTime(); }); }},
+    {__LINE__, [](ChPair v) { return parsed<long long>([&] { return v.parseTime(); }); }},
+    // Each member of another text that takes a view or a range.
+    {__LINE__, [](ChPair v) { return std::string(ChArr(v)()); }},
+    {__LINE__, [](ChPair v) { return std::string(ChArr(v.begin, v.end)()); }},
+    {__LINE__,
+     [](ChPair v) {
+         ChArr a("old");
+         return std::string((a = v)());
+     }},
+    {__LINE__,
+     [](ChPair v) {
+         ChArr a("old");
+         return a.assign(v.begin, v.end), std::string(a());
+     }},
+    {__LINE__,
+     [](ChPair v) {
+         ChArr a("old");
+         return a.assign(v.begin, v.len()), std::string(a());
+     }},
+    {__LINE__, [](ChPair v) { return std::to_string(ChArr("ab").equal(v)) + std::to_string(ChArr("ab").compare(v)); }},
+    {__LINE__, [](ChPair v) { return std::to_string(ChArr16(v).len()); }},
+    {__LINE__, [](ChPair v) { return std::to_string(ChArr16(v.begin, v.end).len()); }},
+    {__LINE__, [](ChPair v) { return CharVector(v).std(); }},
+    {__LINE__, [](ChPair v) { return CharVector(v.begin, v.end).std(); }},
+    {__LINE__,
+     [](ChPair v) {
+         CharVector vector("old");
+         return (vector = v).std();
+     }},
+    {__LINE__,
+     [](ChPair v) {
+         CharVector vector("old");
+         return vector.assign(v.begin, v.end), vector.std();
+     }},
+    {__LINE__,
+     [](ChPair v) {
+         CharVector vector("old");
+         return (vector << v).std();
+     }},
+    {__LINE__,
+     [](ChPair v) {
+         CharVector vector("old");
+         return vector.append(v.begin, v.end), vector.std();
+     }},
+    {__LINE__, [](ChPair v) { return std::to_string(sign(CharVector("ab").compare(v))); }},
+    {__LINE__, [](ChPair v) { return std::to_string(sign(CharVector("ab").compare(v.begin, v.end))); }},
+};
+
+TEST(ChPairInverted, CountsAsEmpty) {
+    const std::string original = "1b a/ab.b\n a";
+    for (const ViewUse& use : viewUses) {
+        SCOPED_TRACE(use.line);
+        for (const int length : {-1, -2, -5}) {
+            char text[16];
+            std::strcpy(text, original.c_str());
+            char* const begin = text + 6;
+            const std::string expected = use.result(ChPair(begin, begin));
+            EXPECT_EQ(expected, use.result(ChPair(begin, begin + length)));
+            EXPECT_EQ(original, text);
+        }
+    }
+}
+
+TEST(ChPairInverted, IsNotEmptyForThreeMembers) {
+    const char text[] = "abcd";
+    const ChPair inverted(text + 3, text + 1);
+    EXPECT_EQ(-2, inverted.len());
+    EXPECT_FALSE(inverted.empty());
+    EXPECT_EQ(1, inverted.compare_i_ascii("zz"));
+    EXPECT_EQ(1, inverted.compare_i_ascii(""));
+    EXPECT_EQ(1, ChPair("a").compare_i_ascii(inverted));
+    EXPECT_EQ(-1, ChPair("").compare_i_ascii(inverted));
+}
+
+// This is how callers come by one.
+TEST(ChPairInverted, ComesFromATrimmedViewOfBlanks) {
+    const char text[] = "    x";
+    ChPair view(text, 2);
+    view.trimSpaces();
+    EXPECT_EQ(-2, view.len());
+    EXPECT_EQ(nullptr, view.find('x'));
+    EXPECT_FALSE(view.equal_i_ascii("x"));
+    ChPair left, right;
+    EXPECT_FALSE(view.split(left, 'x', right));
+    EXPECT_FALSE(view.split_get(left, 'x', right));
+    EXPECT_VIEW(view.begin, view.begin, left);
+    EXPECT_VIEW(view.begin, view.begin, right);
+}
+
+// --- What would be a view of a text that is gone ---
+
+template <class Source>
+constexpr bool isViewOf() {
+    return std::is_constructible_v<ChPair, Source> || std::is_convertible_v<Source, ChPair> ||
+           std::is_assignable_v<ChPair&, Source>;
+}
+
+static_assert(!isViewOf<const ChArr16&>() && !isViewOf<ChArr16&>() && !isViewOf<ChArr16>());
+static_assert(!isViewOf<const utf16_string&>() && !isViewOf<utf16_string&>() && !isViewOf<utf16_string>());
+static_assert(!isViewOf<const utf16_t*>() && !isViewOf<utf16_t*>() && !isViewOf<const utf16_t (&)[4]>());
+static_assert(!isViewOf<const SimpleVector<char>&>() && !isViewOf<SimpleVector<char>&>());
+static_assert(isViewOf<const ChArr&>() && isViewOf<const CharVector&>() && isViewOf<CharVector&>());
+static_assert(isViewOf<const char*>() && isViewOf<char*>() && isViewOf<const char (&)[4]>());
+static_assert(isViewOf<std::nullptr_t>() && isViewOf<const std::string&>());
+
+TEST(ChPairFromCharVector, IsAnArgumentOfEveryFamily) {
+    const ChPair view("one two");
+    const CharVector two("two"), TWO("TWO"), one("one"), all("one two");
+    EXPECT_EQ(view.begin + 4, view.find(two));
+    EXPECT_EQ(view.begin + 4, view.find_i_ascii(TWO));
+    EXPECT_EQ(view.begin + 4, view.find_i_utf8(TWO));
+    EXPECT_TRUE(view.contains(two));
+    EXPECT_FALSE(view.contains(TWO));
+    EXPECT_TRUE(view.hasPrefix(one));
+    EXPECT_FALSE(view.hasPrefix(two));
+    EXPECT_TRUE(view.hasPrefix_i_ascii(one));
+    EXPECT_TRUE(view.hasPrefix_i_utf8(one));
+    EXPECT_FALSE(view.hasPrefix_i_ascii(TWO));
+    EXPECT_FALSE(view.hasPrefix_i_utf8(TWO));
+    EXPECT_EQ(0, view.compare(all));
+    EXPECT_LT(0, view.compare(one));
+    EXPECT_TRUE(view.equal(all));
+    EXPECT_FALSE(view.equal(one));
+    EXPECT_EQ(0, ChPair("two").compare_i_ascii(TWO));
+    EXPECT_EQ(0, ChPair("two").compare_i_utf8(TWO));
+    EXPECT_TRUE(ChPair("two").equal_i_ascii(TWO));
+    EXPECT_TRUE(ChPair("two").equal_i_utf8(TWO));
+    EXPECT_FALSE(ChPair("two").equal_i_ascii(one));
+    EXPECT_FALSE(ChPair("two").equal_i_utf8(one));
 }
 
 }  // namespace

@@ -33,9 +33,8 @@ int alignedStart(const Bag& bag, int alignment) {
 }
 
 int capacityFor(int n) {
-    const int capacity = memory_recommend(n);
-    if (capacity < 0) throw Bag::Exception();
-    return capacity;
+    if (n > velmora::detail::kMostCapacity) throw Bag::Exception();
+    return memory_recommend(n);
 }
 
 // Returns: where `src` is in the greater block. The whole block moves, so what lies in it moves along.

@@ -70,7 +70,7 @@ ChArr& ChArr::operator=(const utf16_string& s) {
 }
 
 void ChArr::assign(const char* b, const char* e) {
-    if (b != data) replaceWith(strnew(b, static_cast<std::size_t>(e - b)));
+    if (b != data) replaceWith(strnew(b, ChPair(b, e).size()));
 }
 
 void ChArr::assign(const utf16_t* b, const utf16_t* e) { replaceWith(strnew(b, e)); }
@@ -130,13 +130,13 @@ void ChArr::stealFrom(CharVector& other) { replaceWith(other.steal()); }
 void ChArr::operator+=(const char* s) {
     if (!s) return;
     // `s` may lie inside the text that stradd releases last.
-    stradd(data, static_cast<std::size_t>(len()), s, std::strlen(s));
+    stradd(data, std::strlen(asCharPtr()), s, std::strlen(s));
 }
 
 void ChArr::insert(const char* s) {
     if (!s || !*s) return;
     std::size_t front = std::strlen(s);
-    auto old = static_cast<std::size_t>(len());
+    std::size_t old = std::strlen(asCharPtr());
     char* text = new char[front + old + 1];
     std::memcpy(text, s, front);
     std::memcpy(text + front, asCharPtr(), old + 1);

@@ -23,8 +23,8 @@ public:
     ChArr() : data(nullptr) {}
     // A copy; a null source gives null, an empty one an allocated empty text.
     ChArr(const char* s) : data(strnew(s)) {}
-    ChArr(const char* b, const char* e) : data(strnew(b, static_cast<std::size_t>(e - b))) {}
-    ChArr(const ChPair& s) : ChArr(s.begin, s.end) {}
+    ChArr(const char* b, const char* e) : ChArr(ChPair(b, e)) {}
+    ChArr(const ChPair& s) : data(strnew(s.begin, s.size())) {}
     ChArr(const ChArr& s) : data(strnew(s.data)) {}
     ChArr(const CharVector& s);
     ChArr(const std::string& s) : data(strnew(s.data(), s.size())) {}

@@ -19,7 +19,6 @@ int roomFor(int count, std::size_t n) {
 // A block for `need` bytes, whose size goes to `capacity`.
 char* newBlock(int need, int& capacity) {
     capacity = memory_recommend(need);
-    if (capacity < 0) throw std::bad_alloc();
     return new char[static_cast<std::size_t>(capacity)];
 }
 
@@ -27,16 +26,20 @@ char* newBlock(int need, int& capacity) {
 
 int memory_recommend(int size) {
     if (size <= kSmallest) return kSmallest;
+    if (size > velmora::detail::kMostCapacity) throw std::bad_alloc();
     int capacity = size < kPage ? kNext : size < kLarge ? kPage : kLarge;
-    // In unsigned arithmetic, so that a size beyond the limit wraps below 0 and is not undefined.
-    while (capacity > 0 && capacity < size) capacity = static_cast<int>(static_cast<unsigned>(capacity) * 2);
+    while (capacity < size) capacity *= 2;
     return capacity;
 }
 
 void CharVector::init(const char* s, std::size_t n) {
-    data = s && n != 0 ? strnew(s, n) : nullptr;
-    count = data ? static_cast<int>(n) : 0;
-    allocateCount = data ? count + 1 : 0;
+    data = nullptr;
+    count = allocateCount = 0;
+    if (!s || n == 0) return;
+    const int room = roomFor(0, n);
+    data = strnew(s, n);
+    count = room - 1;
+    allocateCount = room;
 }
 
 CharVector& CharVector::operator=(const CharVector& s) {
@@ -52,7 +55,7 @@ CharVector& CharVector::operator=(const char* s) {
 }
 
 CharVector& CharVector::operator=(const ChPair& s) {
-    assign(s.begin, s.end);
+    assign(s.begin, s.size());
     return *this;
 }
 
@@ -72,11 +75,12 @@ void CharVector::assign(const char* s, std::size_t n) {
         std::memmove(data, s, n);
         return;
     }
+    const int room = roomFor(0, n);
     char* text = strnew(s, n);
     delete[] data;
     data = text;
-    count = static_cast<int>(n);
-    allocateCount = count + 1;
+    count = room - 1;
+    allocateCount = room;
 }
 
 void CharVector::append(const char* s, std::size_t n) {

@@ -1,5 +1,6 @@
 // Growing UTF-8 text: zero-terminated, with a stored length and spare room.
 // Only append and insert leave spare room; every other store allocates the exact size.
+// Limit: a text, or a sum of texts, that an `int` cannot count with its terminator is std::bad_alloc, and changes nothing.
 // Lifetime: a pointer into the text dies with the next operation that may reallocate.
 //
 //     CharVector text("Hello");
@@ -30,7 +31,7 @@ using IfNumber =
 }  // namespace velmora::detail
 
 // The capacity to allocate for a wanted size, for text, vectors and Bag alike: 16, then 256, then the smallest
-// power of two that reaches it. Limit: 1,073,741,824; a greater size has no capacity, which is told by a negative number.
+// power of two that reaches it. Throws: std::bad_alloc for a size above 1,073,741,824.
 VELMORA_API int memory_recommend(int size);
 
 class VELMORA_API CharVector {
@@ -44,8 +45,8 @@ public:
     CharVector(const CharVector& s) { init(s.data, static_cast<std::size_t>(s.count)); }
     CharVector(const char* s) { init_str(s); }
     CharVector(const char* s, std::size_t n) { init(s, n); }
-    CharVector(const char* b, const char* e) { init(b, static_cast<std::size_t>(e - b)); }
-    CharVector(const ChPair& s) : CharVector(s.begin, s.end) {}
+    CharVector(const char* b, const char* e) : CharVector(ChPair(b, e)) {}
+    CharVector(const ChPair& s) { init(s.begin, s.size()); }
     CharVector(const ChArr& s) { init_str(s.data); }
     CharVector(const std::string& s) { init(s.data(), s.size()); }
     CharVector(const SimpleVector<char>& s);
@@ -60,14 +61,14 @@ public:
     // A text of the present length is copied over in place; any other gets an array of its exact size. The source
     // may lie inside the old text. Null or empty: the vector becomes null.
     void assign(const char* s, std::size_t n);
-    void assign(const char* b, const char* e) { assign(b, static_cast<std::size_t>(e - b)); }
+    void assign(const char* b, const char* e) { assign(b, ChPair(b, e).size()); }
 
     // Appends; the source may lie inside the text. Null: nothing.
     void append(const char* s, std::size_t n);
-    void append(const char* b, const char* e) { append(b, static_cast<std::size_t>(e - b)); }
+    void append(const char* b, const char* e) { append(ChPair(b, e)); }
     void append(const char* s) { append(s, s ? std::strlen(s) : 0); }
     void append(char c) { append(&c, std::size_t{1}); }
-    void append(const ChPair& s) { append(s.begin, s.end); }
+    void append(const ChPair& s) { append(s.begin, s.size()); }
     void append(const ChArr& s) { append(s.data); }
     void append(const std::string& s) { append(s.data(), s.size()); }
     void append(const CharVector& s) { append(s.data, static_cast<std::size_t>(s.count)); }
@@ -107,9 +108,9 @@ public:
 
     // Order by unsigned bytes. Returns: a number of which only the sign has a meaning.
     int compare(const char* s, std::size_t n) const { return strcompare(data, static_cast<std::size_t>(count), s, n); }
-    int compare(const char* b, const char* e) const { return compare(b, static_cast<std::size_t>(e - b)); }
+    int compare(const char* b, const char* e) const { return compare(ChPair(b, e)); }
     int compare(const char* s) const { return compare(ChPair(s)); }
-    int compare(const ChPair& s) const { return compare(s.begin, s.end); }
+    int compare(const ChPair& s) const { return compare(s.begin, s.size()); }
     int compare(const ChArr& s) const { return compare(ChPair(s)); }
     int compare(const std::string& s) const { return compare(s.data(), s.size()); }
     int compare(const CharVector& s) const { return compare(s.data, static_cast<std::size_t>(s.count)); }

@@ -25,7 +25,7 @@ std::string& ChPair::std(std::string& out) const {
     return out;
 }
 
-void ChPair::replace(char from, char to) { std::replace(begin, end, from, to); }
+void ChPair::replace(char from, char to) { std::replace(begin, stop(), from, to); }
 
 void ChPair::trimSpaces() {
     trim(*this, [](char c) { return c == ' '; });
@@ -49,7 +49,7 @@ void ChPair::trimQuotes(char open, char close) {
 bool ChPair::split(ChPair& left, char c, ChPair& right) const {
     const char* place = find(c);
     if (!place) return false;
-    ChPair whole = *this;  // an output may be *this
+    const ChPair whole = readable();  // an output may be *this
     left.assign(whole.begin, place);
     right.assign(place + 1, whole.end);
     return true;
@@ -57,7 +57,7 @@ bool ChPair::split(ChPair& left, char c, ChPair& right) const {
 
 bool ChPair::split_get(ChPair& left, char c, ChPair& right) const {
     if (split(left, c, right)) return true;
-    ChPair whole = *this;
+    const ChPair whole = readable();
     left = whole;
     right.assign(whole.end, whole.end);
     return false;
@@ -72,9 +72,9 @@ bool ChPair::split_line_get(ChPair& line, ChPair& rest) const {
     return found;
 }
 
-ChPair ChPair::findLastExtension() const { return ChPair(strfind_last_extension(begin, end), end); }
+ChPair ChPair::findLastExtension() const { return ChPair(strfind_last_extension(begin, stop()), stop()); }
 
-ChPair ChPair::findLastPathItem() const { return ChPair(strfind_last_path_item(begin, end), end); }
+ChPair ChPair::findLastPathItem() const { return ChPair(strfind_last_path_item(begin, stop()), stop()); }
 
 ChPair ChPair::parsePath() const {
     ChPair item = findLastPathItem();
@@ -84,7 +84,7 @@ ChPair ChPair::parsePath() const {
 
 bool ChPair::getIP(unsigned& out) const {
     out = 0;
-    if (empty()) return false;
+    if (size() == 0) return false;
     unsigned address = 0;
     unsigned octet = 0;
     int dots = 0;

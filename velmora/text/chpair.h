@@ -8,6 +8,8 @@
 //     }
 //
 // The null view and an empty view differ only in what their pointers are and in what a search in them gives.
+// A view whose `end` lies before its `begin`, as trimSpaces can leave it, counts as empty: no member reads through it.
+// Only len(), which is negative then, empty(), which is false, and compare_i_ascii do not take it for empty.
 #ifndef VELMORA_TEXT_CHPAIR_H
 #define VELMORA_TEXT_CHPAIR_H
 
@@ -70,10 +72,12 @@ public:
 
     // Length in bytes. Limit: a view stays below 2 GiB.
     int len() const noexcept { return static_cast<int>(end - begin); }
+    // Bytes that may be read at `begin`: the length, or 0 if `end` lies before `begin`.
+    std::size_t size() const noexcept { return end < begin ? 0 : static_cast<std::size_t>(end - begin); }
     bool empty() const noexcept { return begin == end; }
     void clear() noexcept { begin = end = nullptr; }
 
-    std::string std() const { return begin ? std::string(begin, end) : std::string(); }
+    std::string std() const { return begin ? std::string(begin, size()) : std::string(); }
     std::string& std(std::string& out) const;
 
     // Order by unsigned bytes. Returns: a number of which only the sign has a meaning.
@@ -112,7 +116,7 @@ public:
     bool equal_i_ascii(const ChArr& s) const { return equal_i_ascii(ChPair(s)); }
     bool equal_i_ascii(const CharVector& s) const { return equal_i_ascii(ChPair(s)); }
 
-    int compare_i_utf8(const ChPair& s) const { return strcmp_i_utf8(begin, end, s.begin, s.end); }
+    int compare_i_utf8(const ChPair& s) const { return strcmp_i_utf8(begin, stop(), s.begin, s.stop()); }
     int compare_i_utf8(const char* b, const char* e) const { return compare_i_utf8(ChPair(b, e)); }
     int compare_i_utf8(const char* s, int n) const { return compare_i_utf8(ChPair(s, n)); }
     int compare_i_utf8(const char* s) const { return compare_i_utf8(ChPair(s)); }
@@ -166,13 +170,13 @@ public:
     bool contains(const std::string& s) const { return find(s) != nullptr; }
 
     char* find_i_ascii(const ChPair& s) const { return strfind_i_ascii(begin, size(), s.begin, s.size()); }
-    char* find_i_ascii(char c) const { return strfind_i_ascii(begin, end, c); }
+    char* find_i_ascii(char c) const { return strfind_i_ascii(begin, stop(), c); }
     char* find_i_ascii(const char* s) const { return find_i_ascii(ChPair(s)); }
     char* find_i_ascii(const ChArr& s) const { return find_i_ascii(ChPair(s)); }
     char* find_i_ascii(const CharVector& s) const { return find_i_ascii(ChPair(s)); }
     char* find_i_ascii(const std::string& s) const { return find_i_ascii(ChPair(s)); }
 
-    char* find_i_utf8(const ChPair& s) const { return strfind_i_utf8(begin, end, s.begin, s.end); }
+    char* find_i_utf8(const ChPair& s) const { return strfind_i_utf8(begin, stop(), s.begin, s.stop()); }
     char* find_i_utf8(char c) const { return find_i_utf8(ChPair(&c, 1)); }
     char* find_i_utf8(const char* s) const { return find_i_utf8(ChPair(s)); }
     char* find_i_utf8(const ChArr& s) const { return find_i_utf8(ChPair(s)); }
@@ -196,7 +200,7 @@ public:
 
     // Compares as many bytes of the view as the prefix has.
     bool hasPrefix_i_utf8(const ChPair& s) const {
-        return s.size() <= size() && strcmp_i_utf8(begin, begin + s.size(), s.begin, s.end) == 0;
+        return s.size() <= size() && strcmp_i_utf8(begin, begin + s.size(), s.begin, s.stop()) == 0;
     }
     bool hasPrefix_i_utf8(const char* s) const { return hasPrefix_i_utf8(ChPair(s)); }
     bool hasPrefix_i_utf8(const ChArr& s) const { return hasPrefix_i_utf8(ChPair(s)); }
@@ -204,10 +208,10 @@ public:
     bool hasPrefix_i_utf8(const std::string& s) const { return hasPrefix_i_utf8(ChPair(s)); }
 
     // These change the bytes in view.
-    void lw_ascii() { strlw_ascii(begin, end); }
-    void up_ascii() { strup_ascii(begin, end); }
-    void lw_utf8() { strlw_utf8(begin, end); }
-    void up_utf8() { strup_utf8(begin, end); }
+    void lw_ascii() { strlw_ascii(begin, stop()); }
+    void up_ascii() { strup_ascii(begin, stop()); }
+    void lw_utf8() { strlw_utf8(begin, stop()); }
+    void up_utf8() { strup_utf8(begin, stop()); }
     void replace(char from, char to);
 
     // Narrow the view at both ends: by blanks; by all bytes up to 0x20.
@@ -242,11 +246,11 @@ public:
 
     // The whole view as a number, by the range functions of numbers.h. Returns: false for anything else, with the output
     // as those leave it.
-    bool getInt(int& out) const { return strtoint(begin, end, &out); }
-    bool getUInt(unsigned& out) const { return strtouint(begin, end, &out); }
-    bool getInt64(std::int64_t& out) const { return strtoint64(begin, end, &out); }
-    bool getUInt64(std::uint64_t& out) const { return strtouint64(begin, end, &out); }
-    bool getDouble(double& out) const { return strtodouble(begin, end, &out); }
+    bool getInt(int& out) const { return strtoint(begin, stop(), &out); }
+    bool getUInt(unsigned& out) const { return strtouint(begin, stop(), &out); }
+    bool getInt64(std::int64_t& out) const { return strtoint64(begin, stop(), &out); }
+    bool getUInt64(std::uint64_t& out) const { return strtouint64(begin, stop(), &out); }
+    bool getDouble(double& out) const { return strtodouble(begin, stop(), &out); }
 
     // An address "1.2.3.4" with its first number in the highest byte. On failure the output is 0.
     // Warning: the last number may be missing behind its dot, and is then 0.
@@ -279,7 +283,9 @@ public:
     std::int64_t parseTime() const;
 
 private:
-    std::size_t size() const noexcept { return static_cast<std::size_t>(end - begin); }
+    // Where reading ends: `end`, or `begin` if `end` lies before it.
+    char* stop() const noexcept { return begin + size(); }
+    ChPair readable() const noexcept { return ChPair(begin, stop()); }
 };
 
 // The six comparisons of a `Left` with a `Right` that no class has as members, by what `View` makes of both. Each pair of

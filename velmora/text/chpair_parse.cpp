@@ -58,14 +58,14 @@ unsigned ChPair::parseIP() const {
 }
 
 unsigned ChPair::parseEnum(const PairTag* tags, int forbidden) const {
-    int value = tags->translate(*this, -1);
+    int value = tags->translate(readable(), -1);
     if (value == -1 || (value & forbidden) != 0) throw TTT(VELMORA_DICT, LCA__Invalid_enum_value);
     return static_cast<unsigned>(value);
 }
 
 unsigned ChPair::parseFlags(const PairTag* tags, int deprecated, bool strict) const {
     unsigned flags = 0;
-    ChPair rest = *this;
+    ChPair rest = readable();
     while (!rest.empty()) {
         ChPair name;
         rest.split_get(name, ' ', rest);
@@ -84,11 +84,11 @@ unsigned ChPair::parseFlags(const PairTag* tags, int deprecated, bool strict) co
 
 std::int64_t ChPair::parseGMTTime() const {
     // Seconds and minutes stand in this order in the hint, though the parser reads them in the other.
-    return timeOrThrow(from_gmt_date_time_string_YYYYMMDDThhmmss_to_gmt_time_t(begin, end), "YYYY-MM-DDThh:ss:mm");
+    return timeOrThrow(from_gmt_date_time_string_YYYYMMDDThhmmss_to_gmt_time_t(begin, stop()), "YYYY-MM-DDThh:ss:mm");
 }
 
 std::int64_t ChPair::parseLocalTime() const {
-    return timeOrThrow(from_local_date_time_string_DDMMYYYY_hhmmss_to_gmt_time_t(begin, end), "DD/MM/YYYY hh:mm:ss");
+    return timeOrThrow(from_local_date_time_string_DDMMYYYY_hhmmss_to_gmt_time_t(begin, stop()), "DD/MM/YYYY hh:mm:ss");
 }
 
 std::int64_t ChPair::parseTime() const { return find('T') ? parseGMTTime() : parseLocalTime(); }
