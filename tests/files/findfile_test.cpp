@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <climits>
 #include <cstddef>
@@ -435,6 +436,41 @@ TEST_F(FindFileTest, NothingComesBehindTheEnd) {
     EXPECT_FALSE(find.next());
     find.release();
     EXPECT_EQ(-1, find.handle);
+}
+
+TEST_F(FindFileTest, ErrorNumberTellsTheEndFromAFolderThatCannotBeListed) {
+    folder.write("one", "");
+    makeFolder("empty");
+    const std::string missing = mask("missing");
+    struct Row {
+        int line;
+        std::string mask;
+        bool failed;
+    };
+    const Row rows[] = {
+        {__LINE__, base, false},
+        {__LINE__, mask("o*"), false},
+        {__LINE__, mask("q*"), false},
+        {__LINE__, mask("empty"), false},
+        {__LINE__, mask("empty") + kSeparator + "q*", false},
+        {__LINE__, missing, true},
+        {__LINE__, missing + kSeparator + "q*", true},
+        {__LINE__, mask("one"), true},
+        {__LINE__, "", true},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.line);
+        errno = 0;
+        ZFindFile find(row.mask.c_str());
+        if (find.handle != -1) errno = EPERM;
+        while (find.next()) errno = EPERM;
+        const int error = errno;
+        EXPECT_EQ(row.failed, error != 0) << error;
+    }
+    errno = EPERM;
+    ZFindFile none(mask("q*").c_str());
+    EXPECT_FALSE(none.next());
+    EXPECT_EQ(0, errno);
 }
 
 TEST_F(FindFileTest, ReleaseEndsAndMayBeRepeated) {

@@ -1832,7 +1832,9 @@ TEST(UTF8FilePathArguments, MayBePartsOfTheOwnName) {
         UTF8File file("some left", true);
         EXPECT_TRUE(file.open(file.name.data + 5, UTF8File::READ));
         EXPECT_STREQ("left", file.name.data);
-        EXPECT_TRUE(file.open(file.name.data, UTF8File::READ) && file.close());
+        EXPECT_TRUE(file.close());
+        EXPECT_TRUE(file.open(file.name.data, UTF8File::READ));
+        EXPECT_TRUE(file.close());
 
         UTF8File moved("left", true);
         EXPECT_TRUE(moved.rename(moved.name.data + 1));
