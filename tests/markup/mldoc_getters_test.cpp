@@ -6,6 +6,7 @@
 #include <clocale>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <limits>
 #include <string>
 #include <type_traits>
@@ -441,6 +442,52 @@ TEST(MLDocGetters, PlaceOfAFailureIsTheCursors) {
 }
 
 // A flag by name can be refused; a flag by comparison cannot.
+// The value of an attribute that is not there is no number, time, address or word: only flags and text may be missing.
+TEST(MLDocGetters, MissingAttributeIsRefusedLikeAnEmptyOne) {
+    static const PairTag tags[] = {{"one", 1}, {nullptr, 0}};
+    static const struct {
+        int line;
+        const char* key;
+        std::function<void(MLDoc&, const ChPair&)> read;
+    } rows[] = {
+        {__LINE__, "LCA__Invalid_integer_value", [](MLDoc& d, const ChPair& v) { d.getInt32(v); }},
+        {__LINE__, "LCA__Invalid_integer_value", [](MLDoc& d, const ChPair& v) { d.getInt32(v, 0, 5); }},
+        {__LINE__, "LCA__Invalid_integer_value", [](MLDoc& d, const ChPair& v) { d.getUInt32(v); }},
+        {__LINE__, "LCA__Invalid_integer_value", [](MLDoc& d, const ChPair& v) { d.getUInt32(v, 0, 5); }},
+        {__LINE__, "LCA__Invalid_integer_value", [](MLDoc& d, const ChPair& v) { d.getInt64(v); }},
+        {__LINE__, "LCA__Invalid_integer_value", [](MLDoc& d, const ChPair& v) { d.getInt64(v, 0, 5); }},
+        {__LINE__, "LCA__Invalid_integer_value", [](MLDoc& d, const ChPair& v) { d.getUInt64(v); }},
+        {__LINE__, "LCA__Invalid_integer_value", [](MLDoc& d, const ChPair& v) { d.getUInt64(v, 0, 5); }},
+        {__LINE__, "LCA__Invalid_integer_value", [](MLDoc& d, const ChPair& v) { d.getCountOrInfinity(v); }},
+        {__LINE__, "LCA__Invalid_double_value", [](MLDoc& d, const ChPair& v) { d.getDouble(v); }},
+        {__LINE__, "LCA__Invalid_double_value", [](MLDoc& d, const ChPair& v) { d.getDouble(v, 0, 5); }},
+        {__LINE__, "LCA__Invalid_IP_address", [](MLDoc& d, const ChPair& v) { d.getIP(v); }},
+        {__LINE__, "LCA__Invalid_date_required_format_is", [](MLDoc& d, const ChPair& v) { d.getGMTTime(v); }},
+        {__LINE__, "LCA__Invalid_date_required_format_is", [](MLDoc& d, const ChPair& v) { d.getLocalTime(v); }},
+        {__LINE__, "LCA__Invalid_date_required_format_is", [](MLDoc& d, const ChPair& v) { d.getTime(v); }},
+        {__LINE__, "LCA__Invalid_enum_value", [](MLDoc& d, const ChPair& v) { d.getEnum(v, tags); }},
+        {__LINE__, "(nothing)", [](MLDoc& d, const ChPair& v) { EXPECT_EQ(0u, d.getFlags(v, tags, 0, true)); }},
+        {__LINE__, "(nothing)",
+         [](MLDoc& d, const ChPair& v) {
+             char out[] = "xyz";
+             d.getString(v, out, sizeof out);
+             EXPECT_STREQ("", out);
+         }},
+    };
+    const std::string text = "<a there=\"\"/>";
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.line);
+        MLDoc doc;
+        doc.load("file.xml", text.data(), static_cast<int>(text.size()));
+        MLDoc::Token token;
+        doc.step(token);
+        const ChPair missing = doc.getAttributeValue(token, "missing");
+        EXPECT_EQ(nullptr, missing.begin);
+        EXPECT_EQ(row.key, support::thrownKey([&] { row.read(doc, missing); }));
+        EXPECT_EQ(row.key, support::thrownKey([&] { row.read(doc, doc.getAttributeValue(token, "there")); }));
+    }
+}
+
 TEST(MLDocGetters, UnknownWordIsNoFailureForAttributeBool) {
     const std::string text = "<a b=\"yes\" c=\"true\"/>";
     MLDoc doc;

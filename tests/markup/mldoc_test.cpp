@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <climits>
 #include <cstddef>
 #include <cstdint>
@@ -11,7 +12,9 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <thread>
 #include <type_traits>
+#include <vector>
 
 #include <velmora/files/utf8file.h>
 #include <velmora/localization/keys.h>
@@ -378,6 +381,121 @@ TEST(MLDocLoad, NameMayBeAPartOfTheFormerOne) {
               support::thrownMessage([&] { doc.load(doc.fileName.data + 1, bag); }));
 }
 
+// A document inside of a document, as a value that holds one.
+TEST(MLDocLoad, DataMayBeAPartOfTheFormerDocument) {
+    const std::string outer = "<a><b/></a>{\"c\":\"d\"}---\ne: f\n" + std::string(1000, ' ') + "<g/>";
+    const struct {
+        int line;
+        int from;
+        int to;
+        const char* walk;
+    } rows[] = {
+        {__LINE__, 0, 11, "a{ b }"}, {__LINE__, 3, 7, "b"},       {__LINE__, 11, 20, "(c=d)"},
+        {__LINE__, 20, 29, "(e=f)"}, {__LINE__, 1029, 1033, "g"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.line);
+        const std::string part =
+            outer.substr(static_cast<std::size_t>(row.from), static_cast<std::size_t>(row.to - row.from));
+        MLDoc expected;
+        loadText(expected, part);
+        MLDoc doc;
+        loadText(doc, outer);
+        doc.load("part", doc.buffer + row.from, row.to - row.from);
+        EXPECT_EQ(part, std::string(doc.buffer, doc.length));
+        EXPECT_STREQ("part", doc.fileName.data);
+        EXPECT_EQ(support::dumpWalk(expected), support::dumpWalk(doc));
+        EXPECT_EQ(0u, doc.cachedOffset);
+    }
+    MLDoc doc;
+    loadText(doc, outer);
+    EXPECT_EQ("LCA__Too_short_file LCA__Path_s(part)",
+              support::thrownMessage([&] { doc.load("part", doc.buffer + 4, 2); }));
+    expectReleased(doc);
+}
+
+// The name of what is loaded next may stand in the document, or in the Bag.
+TEST(MLDocLoad, NameMayBeAPartOfTheFormerDocument) {
+    support::TempFolder folder;
+    const std::string path = folder.write("inner.xml", "<inner/>");
+    std::string outer = "<first name=\"" + path + "\"/>";
+    const std::size_t at = outer.find(path);
+    outer[at + path.size()] = 0;
+    MLDoc doc;
+    loadText(doc, outer);
+    doc.load(doc.buffer + at);
+    EXPECT_EQ(path, std::string(doc.fileName.asCharPtr()));
+    EXPECT_EQ("inner", support::dumpWalk(doc));
+    loadText(doc, outer);
+    doc.load(doc.buffer + at, "<b/>", 4);
+    EXPECT_EQ(path, std::string(doc.fileName.asCharPtr()));
+    EXPECT_EQ("b", support::dumpWalk(doc));
+    loadText(doc, outer);
+    doc.load(doc.buffer + at, doc.buffer, 5);
+    EXPECT_EQ(path, std::string(doc.fileName.asCharPtr()));
+    EXPECT_EQ("<firs", std::string(doc.buffer, doc.length));
+    loadText(doc, outer);
+    Bag bag("<c/>", 4);
+    doc.load(doc.buffer + at, bag);
+    EXPECT_EQ(path, std::string(doc.fileName.asCharPtr()));
+    EXPECT_EQ("c", support::dumpWalk(doc));
+    bag << "<d/>";
+    doc.load(bag.data, bag);
+    EXPECT_STREQ("<d/>", doc.fileName.data);
+    EXPECT_EQ(5u, doc.length);
+    loadText(doc, outer);
+    EXPECT_EQ("LCA__Too_big_file LCA__Path_s(" + path + ")",
+              support::thrownMessage([&] { doc.load(doc.buffer + at, "<a/>", -1); }));
+    EXPECT_EQ(path, std::string(doc.fileName.asCharPtr()));
+    loadText(doc, outer, "former");
+    bag.putString("<a/>");
+    const int size = bag.size;
+    bag.size = 100'000'001;
+    EXPECT_EQ("LCA__Too_big_file LCA__Path_s(" + path + ")",
+              support::thrownMessage([&] { doc.load(doc.buffer + at, bag); }));
+    bag.size = size;
+    EXPECT_STREQ("former", doc.fileName.data);
+    std::memcpy(&outer[at + path.size() - 4], ".non", 4);
+    loadText(doc, outer);
+    EXPECT_EQ("LCA__Cannot_open_file", support::thrownKey([&] { doc.load(doc.buffer + at); }));
+    expectReleased(doc);
+}
+
+// A document that is taken away and given back.
+TEST(MLDocLoad, BagMayHoldTheFormerDocument) {
+    MLDoc doc;
+    loadText(doc, "<a><b/></a>");
+    const char* block = doc.buffer;
+    Bag bag;
+    bag.stealFrom(doc);
+    doc.position = 0;
+    doc.load("again", bag);
+    EXPECT_EQ(block, doc.buffer);
+    EXPECT_EQ("a{ b }", support::dumpWalk(doc));
+}
+
+// The classes of bytes are there before any document is loaded, so no thread has to wait for another one's first load.
+TEST(MLDocXml, NeedsNoPreparation) {
+    xml_char_classes_prepare();
+    std::vector<std::string> walks(8);
+    std::vector<std::thread> threads;
+    std::atomic<int> waiting{static_cast<int>(walks.size())};
+    for (std::string& walk : walks) {
+        threads.emplace_back([&walk, &waiting] {
+            const std::string text = "<a b=\"c\"><d-e.f:g_h/></a>";
+            MLDoc doc;
+            doc.buffer = new char[text.size()];
+            std::memcpy(doc.buffer, text.data(), text.size());
+            doc.length = static_cast<std::uint32_t>(text.size());
+            doc.format = MLDocBase::XML;
+            for (--waiting; waiting != 0;) std::this_thread::yield();
+            walk = support::dumpWalk(doc);
+        });
+    }
+    for (std::thread& thread : threads) thread.join();
+    for (const std::string& walk : walks) EXPECT_EQ("a(b=c){ d-e.f:g_h }", walk);
+}
+
 TEST(MLDocGuessFormat, DocumentThatIsGoneIsTooShort) {
     MLDoc doc;
     doc.load("name", "<a/>", 4);
@@ -460,8 +578,11 @@ TEST(MLDocLoad, BagOfNegativeSizeIsRefused) {
     bag.beginBlock();
     ASSERT_GT(0, bag.size);
     MLDoc doc;
-    EXPECT_EQ("LCA__Too_big_file LCA__Path_s(bag)", support::thrownMessage([&] { doc.load("bag", bag); }));
+    EXPECT_EQ("LCA__Too_short_file LCA__Path_s(bag)", support::thrownMessage([&] { doc.load("bag", bag); }));
     EXPECT_EQ(nullptr, doc.buffer);
+    EXPECT_EQ(0u, doc.length);
+    EXPECT_EQ(nullptr, bag.data);
+    EXPECT_EQ(0, bag.size);
 }
 
 // A walk that goes on with the token of a failed step may put the position anywhere.

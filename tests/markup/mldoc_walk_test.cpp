@@ -247,6 +247,34 @@ TEST(ChildIterator, FindsChildrenByName) {
     EXPECT_FALSE(items("ab"));
 }
 
+// The name that is sought is the one at the call, though each step fills the token anew.
+TEST(ChildIterator, NameMayBeTheTokensOwn) {
+    MLDoc doc;
+    loadText(doc, "<r><a/><b/><a/><c/></r>");
+    MLDoc::Token token;
+    doc.step(token);
+    MLDoc::ChildIterator children(&doc, token);
+    ASSERT_TRUE(children("a"));
+    const char* first = token.body.begin;
+    ASSERT_TRUE(children(token.name));
+    EXPECT_EQ("a", token.name);
+    EXPECT_EQ(first + 8, token.body.begin);
+    EXPECT_FALSE(children(token.name));
+}
+
+TEST(AttributeIterator, NameMayBeTheAttributesOwn) {
+    MLDoc doc;
+    loadText(doc, "<r a=\"1\" b=\"2\" a=\"3\" c=\"4\"/>");
+    MLDoc::Token token;
+    doc.step(token);
+    MLDoc::AttributeIterator attributes(&doc, token);
+    MLDoc::Attribute attribute;
+    ASSERT_TRUE(attributes(attribute, "a"));
+    ASSERT_TRUE(attributes(attribute, attribute.name));
+    EXPECT_EQ("3", attribute.value);
+    EXPECT_FALSE(attributes(attribute, attribute.name));
+}
+
 TEST(ChildIterator, NullAndEmptyNamesFindNothing) {
     for (const char* name : {static_cast<const char*>(nullptr), ""}) {
         Stepped s("<r><a/></r>");

@@ -6,6 +6,7 @@
 #include <velmora/localization/keys.h>
 #include <velmora/serial/bag.h>
 #include <velmora/serial/ttt.h>
+#include <velmora/text/overlap.h>
 
 namespace {
 
@@ -16,6 +17,12 @@ constexpr int kWindows1251 = 1251;
 
 // Always throws.
 void refuse(const char* name, int key) { UTF8File(true).erro(VELMORA_DICT, key, name, -1); }
+
+char* copyOf(const char* data, std::uint32_t n) {
+    char* block = new char[n];
+    if (n != 0) std::memcpy(block, data, n);
+    return block;
+}
 
 // Releases what a document holds unless the load goes through, so that a refused one holds nothing.
 class LoadGuard {
@@ -58,12 +65,12 @@ MLDoc::~MLDoc() { delete[] buffer; }
 
 void MLDoc::warnSuspiciousAttribute(const Token*, const Attribute*) const {}
 
+// Of a load's arguments the name may lie in what the document holds, which is released only after the name is copied.
+
 void MLDoc::load(const char* path) {
-    xml_char_classes_prepare();
-    release();
     fileName = path;
+    release();
     ArrayHolder<char> block;
-    // From here on by the field: the argument may have been a part of what it was.
     length = static_cast<std::uint32_t>(UTF8File::load(fileName.data, block, kMostBytes, false));
     buffer = block.steal();
     LoadGuard guard(*this);
@@ -72,23 +79,29 @@ void MLDoc::load(const char* path) {
 }
 
 void MLDoc::load(const char* name, const char* data, int size) {
-    xml_char_classes_prepare();
-    release();
-    length = static_cast<std::uint32_t>(size);
     fileName = name;
-    if (length > kMostBytes) return refuse(fileName.data, LCA__Too_big_file);
-    buffer = new char[length];
-    if (length != 0) std::memcpy(buffer, data, length);
+    const auto bytes = static_cast<std::uint32_t>(size);
+    const bool refused = bytes > kMostBytes;
+    ArrayHolder<char> block;
+    if (!refused && velmora::detail::liesIn(data, buffer, length)) block.data = copyOf(data, bytes);
+    release();
+    length = bytes;
+    if (refused) return refuse(fileName.data, LCA__Too_big_file);
+    if (!block.data) block.data = copyOf(data, bytes);
+    buffer = block.steal();
     LoadGuard guard(*this);
     guessFormat(fileName.data);
     guard.done();
 }
 
 void MLDoc::load(const char* name, Bag& bag) {
-    xml_char_classes_prepare();
-    release();
-    if (static_cast<std::uint32_t>(bag.size) > kMostBytes) return refuse(name, LCA__Too_big_file);
+    if (bag.size > static_cast<int>(kMostBytes)) {
+        const ChArr copy(name);
+        release();
+        return refuse(copy.data, LCA__Too_big_file);
+    }
     fileName = name;
+    release();
     int size;
     buffer = bag.steal(size);
     length = static_cast<std::uint32_t>(size);

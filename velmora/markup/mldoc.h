@@ -20,7 +20,9 @@
 //
 // Failure: a malformed document throws a TTT that holds the key alone. Call formMessage to add file and place; the
 // walk is not resumed. Lifetime: views stay valid until release, steal, the next load or destruction.
-// Threads: a document and its tokens belong to one thread; reading attributes writes into the block.
+// Threads: a document, its tokens and its iterators belong to one thread at a time: reading attributes writes into the
+// block, and getPosition and formMessage, though const, write a memo. Different documents are independent, from the first
+// load on.
 #ifndef VELMORA_MARKUP_MLDOC_H
 #define VELMORA_MARKUP_MLDOC_H
 
@@ -138,7 +140,7 @@ public:
     virtual void warnSuspiciousAttribute(const Token* token, const Attribute* attribute) const;
 
     // Read a document from a file, from a copy of memory, or from a Bag, which is left empty. Limit: 100,000,000
-    // bytes. After a steal use a fresh object: release does not reset the cursor when there is no block.
+    // bytes; a negative `size` is above it. Names and data may be parts of what the document holds. After a steal use a fresh object: release does not reset the cursor when there is no block.
     // Throws: LCA__Too_big_file, LCA__Too_short_file, LCA__UTF_16_BOM_is_not_supported, LCA__Unknown_text_format,
     // LCA__Specified_encoding_is_not, the failures of UTF8File::load and, bare, of what stands in an XML declaration.
     void load(const char* path);
@@ -157,7 +159,8 @@ public:
     // Offset behind the attributes of a token.
     unsigned passAttributes(const Token& token) const;
 
-    // Line and column of the position, from 1; tab stops are 4 columns apart.
+    // Line and column of the position, from 1; tab stops are 4 columns apart. Writes a memo, from which the next call goes
+    // on: a position before the last one that was asked for is counted from the begin.
     // Warning: at the end of the document the answer is line 1, column 1.
     void getPosition(int& line, int& column) const;
     // Appends file name and place to a message.
@@ -188,7 +191,9 @@ public:
     void convertEscape(const ChPair& value, TTT& out) const;
 
     // Typed values of a view, parsed as it stands: nothing is unescaped. The grammars, bounds and further keys are those of
-    // ChPair's members of like names. Failures carry no place.
+    // ChPair's members of like names. Failures carry no place. An attribute that is missing, and an empty one, is refused
+    // by each as any text that is no value; only getString and getFlags take it, as empty text and 0. For a default, ask
+    // the view first.
     // Throws: LCA__Too_long_string unless the value and a terminator fit into `size` bytes.
     void getString(const ChPair& value, char* out, std::uint64_t size);
     // The forms without bounds report any failure, overflow too, as LCA__Invalid_integer_value.
@@ -253,7 +258,7 @@ private:
     bool judgeYamlLine(Token& token);
 };
 
-// Builds the table of character classes for XML; load calls it.
+// Does nothing: the table of character classes for XML is a constant.
 VELMORA_API void xml_char_classes_prepare();
 
 #endif

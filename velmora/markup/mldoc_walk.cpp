@@ -35,8 +35,9 @@ bool MLDoc::ChildIterator::operator()() {
 }
 
 bool MLDoc::ChildIterator::operator()(const ChPair& name) {
+    const ChPair wanted = name;  // which may be the token's own
     while ((*this)()) {
-        if (token->name == name) return true;
+        if (token->name == wanted) return true;
     }
     return false;
 }
@@ -52,8 +53,9 @@ MLDoc::AttributeIterator::~AttributeIterator() {
 bool MLDoc::AttributeIterator::operator()(Attribute& attribute) { return doc->attribute(*token, attribute); }
 
 bool MLDoc::AttributeIterator::operator()(Attribute& attribute, const ChPair& name) {
+    const ChPair wanted = name;  // which may be the attribute's own
     while ((*this)(attribute)) {
-        if (attribute.name == name) return true;
+        if (attribute.name == wanted) return true;
     }
     return false;
 }

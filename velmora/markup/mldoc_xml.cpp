@@ -3,6 +3,7 @@
 //
 // A failure leaves `position` behind the byte that was looked at last, and in the token what had been filled in.
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 #include <velmora/localization/keys.h>
@@ -17,9 +18,17 @@ constexpr char kBad = 0;
 constexpr char kName = 'G';
 constexpr char kWhite = 'W';
 constexpr char kStructure = 'S';  // < > /
-constexpr char kNotBuilt = '?';   // in entry 0, until the table is built
 
-constinit char classes[256] = {kNotBuilt};
+constexpr std::array<char, 256> makeClasses() {
+    std::array<char, 256> table = {};  // all bad
+    for (const char* c = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_-.:"; *c; ++c) {
+        table[static_cast<unsigned char>(*c)] = kName;
+    }
+    for (char c : {' ', '\t', '\n', '\r'}) table[static_cast<unsigned char>(c)] = kWhite;
+    for (char c : {'<', '>', '/'}) table[static_cast<unsigned char>(c)] = kStructure;
+    return table;
+}
+constexpr std::array<char, 256> classes = makeClasses();
 
 inline char classOf(char c) { return classes[static_cast<unsigned char>(c)]; }
 
@@ -159,15 +168,8 @@ void trimLineEnds(ChPair& value) {
 
 }  // namespace
 
-void xml_char_classes_prepare() {
-    if (classes[0] != kNotBuilt) return;
-    classes[0] = kBad;
-    for (const char* c = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz_-.:"; *c; ++c) {
-        classes[static_cast<unsigned char>(*c)] = kName;
-    }
-    for (char c : {' ', '\t', '\n', '\r'}) classes[static_cast<unsigned char>(c)] = kWhite;
-    for (char c : {'<', '>', '/'}) classes[static_cast<unsigned char>(c)] = kStructure;
-}
+// The table is a constant, so that documents of different threads are independent from the first on.
+void xml_char_classes_prepare() {}
 
 bool MLDoc::step_xml(Token& token) {
     if (position >= length) return false;
