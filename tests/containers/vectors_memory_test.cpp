@@ -298,6 +298,26 @@ TEST(ArrayVectorMemory, InsertPtrThatFailsChangesNothing) {
               }));
 }
 
+// The vector owns what it is given from the call on; with a bad index it is given nothing.
+TEST(ArrayVectorMemory, ArrayThatFindsNoRoomIsReleased) {
+    const auto check = [](auto operation) {
+        return failEachAllocation([&] {
+            ArrayVector<char> v;
+            v.insertPtr(0, 16);
+            unchangedWhenFailing(v, operation);
+        });
+    };
+    EXPECT_EQ(3, check([](ArrayVector<char>& v) { v.append(strnew("text")); }));
+    EXPECT_EQ(3, check([](ArrayVector<char>& v) { v.insert(0, strnew("text")); }));
+    EXPECT_EQ(3, check([](ArrayVector<char>& v) { v.insert(16, strnew("text")); }));
+    EXPECT_EQ(2, check([](ArrayVector<char>& v) {
+                  char* const text = strnew("text");
+                  v.insert(-1, text);
+                  v.insert(17, text);
+                  delete[] text;
+              }));
+}
+
 // ---- strings ----
 
 // 16 null items, so that one more does not fit: one allocation is the text's, one is the block's.
@@ -465,6 +485,24 @@ TEST(ObjectVectorMemory, DestructorReleasesObjectsAndBlock) {
         EXPECT_EQ(3, counter.live());
     }
     EXPECT_EQ(0, counter.live());
+}
+
+TEST(ObjectVectorMemory, ObjectThatFindsNoRoomIsDestroyed) {
+    const auto check = [](auto operation) {
+        return failEachAllocation([&] {
+            ObjectVector<Object> v;
+            for (int i = 0; i < 16; ++i) v.append(nullptr);
+            unchangedWhenFailing(v, operation);
+        });
+    };
+    EXPECT_EQ(3, check([](ObjectVector<Object>& v) { v.append(new Object); }));
+    EXPECT_EQ(3, check([](ObjectVector<Object>& v) { v.insert(3, new Object); }));
+    EXPECT_EQ(2, check([](ObjectVector<Object>& v) {
+                  Object* const object = new Object;
+                  v.insert(-1, object);
+                  v.insert(17, object);
+                  delete object;
+              }));
 }
 
 TEST(ArrayHolderMemory, DestructorReleasesTheArray) {

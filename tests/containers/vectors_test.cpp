@@ -634,11 +634,131 @@ TYPED_TEST(EveryVector, MoveRangeToGrowsTheTarget) {
     this->expectItems(__LINE__, target, {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 0, 1, 2});
 }
 
-TYPED_TEST(EveryVector, MoveRangeToItselfRotates) {
+// What moveRangeTo into itself makes of 0, 1, 2 ...
+std::vector<int> movedWithin(int count, int from, int to, int at) {
+    std::vector<int> rest, moved, all;
+    for (int i = 0; i < count; ++i) (i >= from && i < to ? moved : rest).push_back(i);
+    if (at >= from && at <= to) at = from;
+    for (const int i : rest) {
+        if (i < at) all.push_back(i);
+    }
+    all.insert(all.end(), moved.begin(), moved.end());
+    for (const int i : rest) {
+        if (i >= at) all.push_back(i);
+    }
+    return all;
+}
+
+// Every range and every place in small vectors, and in one that is full.
+TYPED_TEST(EveryVector, MoveRangeToItselfPutsTheItemsBeforeAnother) {
+    EXPECT_EQ((std::vector<int>{0, 5, 6, 1, 2, 3, 4, 7, 8, 9}), movedWithin(10, 5, 7, 1));
+    EXPECT_EQ((std::vector<int>{2, 3, 4, 0, 1}), movedWithin(5, 0, 2, 5));
+    for (const int count : {1, 2, 3, 4, 5, 10, 16}) {
+        for (int from = 0; from < count; ++from) {
+            for (int to = from; to <= count; ++to) {
+                for (int at = 0; at <= count; ++at) {
+                    SCOPED_TRACE(std::to_string(count) + ": " + std::to_string(from) + ", " + std::to_string(to) +
+                                 ", " + std::to_string(at));
+                    TypeParam v;
+                    this->fill(v, count);
+                    auto* const block = v.data;
+                    v.moveRangeTo(from, to, v, at);
+                    this->expectItems(__LINE__, v, movedWithin(count, from, to, at));
+                    EXPECT_EQ(block, v.data);
+                    EXPECT_EQ(16, v.allocateCount);
+                }
+                TypeParam v;
+                this->fill(v, count);
+                v.moveRangeTo(from, to, v);
+                this->expectItems(__LINE__, v, movedWithin(count, from, to, count));
+            }
+        }
+    }
     TypeParam v;
-    this->fill(v, 5);
-    v.moveRangeTo(0, 2, v);
-    this->expectItems(__LINE__, v, {2, 3, 4, 0, 1});
+    this->fill(v, 3);
+    v.moveRangeTo(-1, 1, v, 0);
+    v.moveRangeTo(3, 4, v, 0);
+    this->expectItems(__LINE__, v, {0, 1, 2});
+}
+
+// A sum that an int does not hold is not room: no byte beyond the block is touched.
+TYPED_TEST(EveryVector, CountBeyondAnIntIsExhaustedMemory) {
+    for (const int n : {INT_MAX, INT_MAX - 1, INT_MAX - 2, 1 << 30}) {
+        SCOPED_TRACE(n);
+        TypeParam v;
+        this->fill(v, 3);
+        auto* const block = v.data;
+        EXPECT_THROW(v.appendPtr(n), std::bad_alloc);
+        EXPECT_THROW(v.append0(n), std::bad_alloc);
+        EXPECT_THROW(v.insertPtr(1, n), std::bad_alloc);
+        EXPECT_THROW(v.insertPtr(3, n), std::bad_alloc);
+        EXPECT_EQ(nullptr, v.insertPtr(4, n));
+        EXPECT_EQ(block, v.data);
+        EXPECT_EQ(16, v.allocateCount);
+        this->expectItems(__LINE__, v, {0, 1, 2});
+    }
+}
+
+// The fields are forged: no block of this size is to be had here.
+TYPED_TEST(EveryVector, FullVectorIsExhaustedMemory) {
+    TypeParam v, target;
+    this->fill(v, 3);
+    this->fill(target, 1);
+    v.count = v.allocateCount = target.count = target.allocateCount = INT_MAX;
+    EXPECT_THROW(v.append(this->item(0)), std::bad_alloc);
+    EXPECT_THROW(v.insert(0, this->item(0)), std::bad_alloc);
+    EXPECT_THROW(v.appendPtr(1), std::bad_alloc);
+    EXPECT_THROW(v.moveRangeTo(0, 1, target), std::bad_alloc);
+    EXPECT_THROW(v.moveRangeTo(0, 1, target, 0), std::bad_alloc);
+    EXPECT_EQ(INT_MAX, v.count);
+    EXPECT_EQ(INT_MAX, target.count);
+    v.count = 3;
+    v.allocateCount = target.allocateCount = 16;
+    target.count = 1;
+    this->expectItems(__LINE__, v, {0, 1, 2});
+    this->expectItems(__LINE__, target, {0});
+}
+
+// Each operation that takes an item takes one of its own, with and without room.
+TYPED_TEST(EveryVector, ItemOfItsOwnIsTakenAsItWas) {
+    for (const int count : {5, 16}) {
+        for (int i = 0; i < count; ++i) {
+            SCOPED_TRACE(i);
+            std::vector<int> numbers;
+            for (int k = 0; k < count; ++k) numbers.push_back(k);
+            TypeParam appended, inserted, substituted;
+            this->fill(appended, count);
+            this->fill(inserted, count);
+            this->fill(substituted, count);
+            appended.append(appended[i]);
+            inserted.insert(0, inserted[i]);
+            EXPECT_TRUE(this->item(0) == substituted.subst(0, substituted[i]));
+            std::vector<int> expected = numbers;
+            expected.push_back(i);
+            this->expectItems(__LINE__, appended, expected);
+            expected = numbers;
+            expected.insert(expected.begin(), i);
+            this->expectItems(__LINE__, inserted, expected);
+            expected = numbers;
+            expected[0] = i;
+            this->expectItems(__LINE__, substituted, expected);
+        }
+    }
+}
+
+TYPED_TEST(EveryVector, StealingTheOwnBlockKeepsIt) {
+    TypeParam v;
+    this->fill(v, 3);
+    auto* block = v.data;
+    auto* const before = block;
+    v.stealFrom(block, 2, 16);
+    EXPECT_EQ(nullptr, block);
+    EXPECT_EQ(before, v.data);
+    EXPECT_EQ(16, v.allocateCount);
+    this->expectItems(__LINE__, v, {0, 1});
+    v.stealFrom(v.data, 1, 16);
+    EXPECT_EQ(before, v.data);
+    this->expectItems(__LINE__, v, {0});
 }
 
 TYPED_TEST(EveryVector, StealFromABlockTakesTheNumbersAsTheyAre) {
@@ -1044,6 +1164,23 @@ TEST(ArrayVectorReplace, StoresTheNewArray) {
     v.replace(0, nullptr);
     EXPECT_EQ("- x y", shown(v));
     EXPECT_EQ(3, v.count);
+}
+
+TEST(ArrayVectorReplace, ArrayByItselfKeepsIt) {
+    ArrayVector<char> v;
+    fill(v, {"a", "b"});
+    char* const before = v[1];
+    v.replace(1, v[1]);
+    EXPECT_EQ(before, v[1]);
+    EXPECT_EQ("a b", shown(v));
+}
+
+TEST(ArrayVectorInsertPtr, CountBeyondAnIntIsExhaustedMemory) {
+    ArrayVector<char> v;
+    fill(v, {"a", "b"});
+    EXPECT_THROW(v.insertPtr(1, INT_MAX), std::bad_alloc);
+    EXPECT_THROW(v.insertPtr(2, INT_MAX - 1), std::bad_alloc);
+    EXPECT_EQ("a b", shown(v));
 }
 
 TEST(ArrayVectorInsertPtr, NewItemsAreNull) {
@@ -1473,6 +1610,88 @@ TEST(StringVectorAssign, ToItselfEmptiesIt) {
     expectNull(__LINE__, w);
 }
 
+TEST(StringVectorStreamOperator, TakesEveryText) {
+    const std::string string("c");
+    const CharVector vector("d");
+    char bytes[] = "b";
+    StringVector<char> v;
+    v << "a";
+    v << bytes;
+    v << string;
+    v << vector;
+    v << ChArr("e");
+    v << ChPair("fg", 1);
+    v << kNoText;
+    EXPECT_EQ("a b c d e f -", shown(v));
+}
+
+TEST(StringVectorMoveRangeTo, ItselfKeepsEveryArray) {
+    StringVector<char> v;
+    fillStrings(v, "0", "1", "2", "3", "4", kNoText);
+    v.moveRangeTo(3, 5, v, 1);
+    EXPECT_EQ("0 3 4 1 2 -", shown(v));
+    v.moveRangeTo(0, 1, v, 3);
+    EXPECT_EQ("3 4 0 1 2 -", shown(v));
+}
+
+// Texts of its own, at the begin of an item and inside it, into a vector with room and into one that has to grow.
+TEST(StringVectorSelf, ItemOfItsOwnIsTakenAsItWas) {
+    struct Row {
+        int line;
+        void (*change)(StringVector<char>& v);
+        const char* shown;  // after the fillers
+    };
+    const Row rows[] = {
+        {__LINE__, [](StringVector<char>& v) { v.append(v[0]); }, "abcd ef abcd"},
+        {__LINE__, [](StringVector<char>& v) { v.append(v[0] + 1, 2); }, "abcd ef bc"},
+        {__LINE__, [](StringVector<char>& v) { v.append(v[0] + 1, v[0] + 4); }, "abcd ef bcd"},
+        {__LINE__, [](StringVector<char>& v) { v.append(ChPair(v[0], 2)); }, "abcd ef ab"},
+        {__LINE__, [](StringVector<char>& v) { v << ChPair(v[0], 2); }, "abcd ef ab"},
+        {__LINE__, [](StringVector<char>& v) { v << v[0]; }, "abcd ef abcd"},
+        {__LINE__, [](StringVector<char>& v) { v.insert(0, v[0]); }, "abcd abcd ef"},
+        {__LINE__, [](StringVector<char>& v) { v.insert(0, v[0] + 1, 2); }, "bc abcd ef"},
+        {__LINE__, [](StringVector<char>& v) { v.insert(1, v[0], v[0] + 3); }, "abcd abc ef"},
+        {__LINE__, [](StringVector<char>& v) { v.replace(0, v[0]); }, "abcd ef"},
+        {__LINE__, [](StringVector<char>& v) { v.replace(0, v[0] + 1); }, "bcd ef"},
+        {__LINE__, [](StringVector<char>& v) { v.replace(0, v[0] + 1, 2); }, "bc ef"},
+        {__LINE__, [](StringVector<char>& v) { v.replace(0, v[0], v[0] + 2); }, "ab ef"},
+        {__LINE__, [](StringVector<char>& v) { v.replace(1, v[0]); }, "abcd abcd"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.line);
+        StringVector<char> roomy, full;
+        fillStrings(roomy, "abcd", "ef");
+        fillStrings(full, "abcd", "ef");
+        full.insertPtr(2, 14);
+        row.change(roomy);
+        row.change(full);
+        full.pack();
+        EXPECT_EQ(row.shown, shown(roomy));
+        EXPECT_EQ(row.shown, shown(full));
+    }
+}
+
+TEST(StringVectorInverted, RangeOrLengthIsAnEmptyText) {
+    const char text[] = "abcd";
+    const ChPair inverted(text + 3, text + 1);
+    StringVector<char> v;
+    v.append(inverted);
+    v.append(inverted.begin, inverted.end);
+    v.append(inverted.begin, inverted.len());
+    v << inverted;
+    v.insert(0, inverted.begin, inverted.end);
+    v.insert(0, inverted.begin, inverted.len());
+    EXPECT_EQ("\"\" \"\" \"\" \"\" \"\" \"\"", shown(v));
+    v.replace(0, "a");
+    v.replace(1, "a");
+    EXPECT_EQ(2, v.ssearch(inverted));
+    EXPECT_EQ(2, v.ssearch_i_ascii(inverted));
+    EXPECT_EQ(2, v.ssearch_i_utf8(inverted));
+    v.replace(0, inverted.begin, inverted.end);
+    v.replace(1, inverted.begin, inverted.len());
+    EXPECT_EQ("\"\" \"\" \"\" \"\" \"\" \"\"", shown(v));
+}
+
 struct OpenedStrings : StringVector<char> {
     using StringVector<char>::init;
 };
@@ -1526,6 +1745,22 @@ TEST(ObjectVectorDestructor, DestroysTheObjectsInIndexOrder) {
     destroyed.clear();
     { ObjectVector<Object> none; }
     EXPECT_EQ("", destroyed);
+}
+
+TEST(ObjectVectorInsert, TakesTheObjectAtAGoodIndexOnly) {
+    destroyed.clear();
+    std::unique_ptr<Object> kept(new Object('x'));
+    {
+        ObjectVector<Object> v;
+        v.insert(0, new Object('b'));
+        v.insert(0, new Object('a'));
+        v.insert(2, new Derived('c'));
+        v.insert(-1, kept.get());
+        v.insert(4, kept.get());
+        EXPECT_EQ(3, v.count);
+        EXPECT_EQ("", destroyed);
+    }
+    EXPECT_EQ("a;b;derived c;", destroyed);
 }
 
 TEST(ArrayHolder, HoldsNothingAtFirst) {

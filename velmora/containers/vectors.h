@@ -8,14 +8,17 @@
 //
 // Items are moved with memcpy: no constructor or destructor of an item runs on a move. Nothing throws on a bad
 // index: accessors, subst, replace, null and cutTo do not check, insert, remove, removeRange and moveRangeTo ignore a
-// bad start. Memory that runs out is std::bad_alloc, and a vector that had to grow is then as it was.
+// bad start. Memory that runs out is std::bad_alloc, and a vector that had to grow is then as it was; so is a count above
+// INT_MAX, and a capacity above that of memory_recommend. An owning vector has released then what it was given.
 // A copy between two different members would share or lose arrays; those that are deleted below do not compile.
 // Warning: others do, such as of an ArrayVector<T> to a SimpleVector<T*>, and leave two owners of one block.
 // Lifetime: a pointer to an item dies with the next operation that may reallocate.
 #ifndef VELMORA_CONTAINERS_VECTORS_H
 #define VELMORA_CONTAINERS_VECTORS_H
 
+#include <algorithm>
 #include <cassert>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <new>
@@ -37,6 +40,19 @@ template <class T>
 class StringVector;
 template <class T>
 class StructVector;
+
+namespace velmora::detail {
+
+// The count of a vector that gets `n` items more.
+inline int countWith(int count, int n) {
+    if (n > INT_MAX - count) throw std::bad_alloc();
+    return count + n;
+}
+
+// The bytes of a text that is given with a length. A negative one is that of no text.
+inline std::size_t sizeOf(int len) { return len < 0 ? 0 : static_cast<std::size_t>(len); }
+
+}  // namespace velmora::detail
 
 // A pointer for the clients' red-black trees to mark a leaf with. The library neither reads nor writes it.
 extern VELMORA_API void* RB_TREE_NIL_VOID;
@@ -108,12 +124,14 @@ public:
     // Releases the block.
     void removeAll();
 
-    // Moves [from, to) into `dst`, at `at` or behind its end. What the items point to changes hands with them.
+    // Moves [from, to) into `dst`, in front of the item at `at` or to the end. What the items point to changes hands with
+    // them. `dst` may be *this: the three indices are those before the move, and an `at` in [from, to] changes nothing.
     // Requires: `to` and `at` are in range.
     void moveRangeTo(int from, int to, SimpleVector& dst, int at);
     void moveRangeTo(int from, int to, SimpleVector& dst);
 
     // Takes a block from new[] (`p` becomes null), or that of another vector, in place of the own one.
+    // Warning: a vector that steals from itself ends up empty.
     void stealFrom(T*& p, int newCount, int allocated);
     void stealFrom(SimpleVector& src);
 
@@ -179,9 +197,10 @@ public:
     T*& operator[](int i) { return *this->ptr(i); }
     T* operator[](int i) const { return *this->ptr(i); }
 
-    // Owns: the vector, from here on. A bad `i` does nothing, and `p` stays the caller's.
-    void append(T* p) { SimpleVector<T*>::append(p); }
-    void insert(int i, T* p) { SimpleVector<T*>::insert(i, p); }
+    // Owns: the vector, from the call on: it releases `p` when memory runs out. A bad `i` does nothing, and `p` stays the
+    // caller's.
+    void append(T* p);
+    void insert(int i, T* p);
     // Releases the array at `i` and stores `p`. Requires: 0 <= i < count.
     void replace(int i, T* p);
     // The new items are null. Requires: 0 <= i <= count.
@@ -225,27 +244,28 @@ public:
 
     // A copy of the text, in an array of its exact size. A null source gives a null item.
     void append(const T* s) { append_steal(strnew(s)); }
-    void append(const T* s, int len) { append_steal(strnew(s, static_cast<std::size_t>(len))); }
-    void append(const T* b, const T* e) { append_steal(strnew(b, static_cast<std::size_t>(e - b))); }
-    void append(const std::string& s) { append(s.data(), s.data() + s.size()); }
+    void append(const T* s, int len) { append_steal(strnew(s, velmora::detail::sizeOf(len))); }
+    void append(const T* b, const T* e) { append(ChPair(b, e)); }
+    void append(const std::string& s) { append(ChPair(s)); }
     void append(const CharVector& s) { append(s.data, s.count); }
     void append(const ChArr& s) { append(static_cast<const T*>(s.data)); }
-    void append(const ChPair& s) { append(s.begin, s.end); }
+    void append(const ChPair& s) { append_steal(strnew(s.begin, s.size())); }
+    void operator<<(const T* s) { append(s); }
+    void operator<<(const std::string& s) { append(s); }
+    void operator<<(const CharVector& s) { append(s); }
     void operator<<(const ChArr& s) { append(s); }
     void operator<<(const ChPair& s) { append(s); }
-    // Owns: the vector, from here on.
+    // Owns: the vector, from the call on, as by append of ArrayVector.
     void append_steal(T* p);
 
     // Warning: with a bad `i` nothing is inserted, and the copy that was made for it is lost.
     void insert(int i, const T* s) { insert_steal(i, strnew(s)); }
-    void insert(int i, const T* s, int len) { insert_steal(i, strnew(s, static_cast<std::size_t>(len))); }
-    void insert(int i, const T* b, const T* e) { insert_steal(i, strnew(b, static_cast<std::size_t>(e - b))); }
+    void insert(int i, const T* s, int len) { insert_steal(i, strnew(s, velmora::detail::sizeOf(len))); }
+    void insert(int i, const T* b, const T* e) { insert_steal(i, strnew(b, ChPair(b, e).size())); }
     // Requires: 0 <= i < count.
     void replace(int i, const T* s) { ArrayVector<T>::replace(i, strnew(s)); }
-    void replace(int i, const T* s, int len) { ArrayVector<T>::replace(i, strnew(s, static_cast<std::size_t>(len))); }
-    void replace(int i, const T* b, const T* e) {
-        ArrayVector<T>::replace(i, strnew(b, static_cast<std::size_t>(e - b)));
-    }
+    void replace(int i, const T* s, int len) { ArrayVector<T>::replace(i, strnew(s, velmora::detail::sizeOf(len))); }
+    void replace(int i, const T* b, const T* e) { ArrayVector<T>::replace(i, strnew(b, ChPair(b, e).size())); }
     void null(int i) { ArrayVector<T>::replace(i, nullptr); }
 
     // Sorts by ChArr::compare; null items are empty texts.
@@ -276,6 +296,11 @@ public:
     ObjectVector(const ObjectVector&) = delete;
     void operator=(const ObjectVector&) = delete;
     ~ObjectVector();
+
+    // Owns: the vector, from the call on: it destroys `p` when memory runs out. A bad `i` does nothing, and `p` stays the
+    // caller's.
+    void append(T* p);
+    void insert(int i, T* p);
 };
 
 // One owned array, for an operation that hands a block out.
@@ -332,7 +357,6 @@ template <class T>
 void SimpleVector<T>::expand(int n) {
     if (n <= allocateCount) return;
     int capacity = memory_recommend(n);
-    if (capacity < 1) throw std::bad_alloc();
     T* block = new T[capacity];
     if (count != 0) std::memcpy(static_cast<void*>(block), data, sizeof(T) * static_cast<std::size_t>(count));
     deallocate();
@@ -354,13 +378,13 @@ T* SimpleVector<T>::prepare(int n) {
 
 template <class T>
 void SimpleVector<T>::append(T x) {
-    expand(count + 1);
+    if (count >= allocateCount) expand(velmora::detail::countWith(count, 1));
     data[count++] = x;
 }
 
 template <class T>
 T* SimpleVector<T>::appendPtr(int n) {
-    expand(count + n);
+    expand(velmora::detail::countWith(count, n));
     count += n;
     return data + count - n;
 }
@@ -380,7 +404,7 @@ void SimpleVector<T>::insert(int i, T x) {
 template <class T>
 T* SimpleVector<T>::insertPtr(int i, int n) {
     if (i < 0 || i > count) return nullptr;
-    expand(count + n);
+    expand(velmora::detail::countWith(count, n));
     if (i < count) {
         std::memmove(static_cast<void*>(data + i + n), data + i, sizeof(T) * static_cast<std::size_t>(count - i));
     }
@@ -419,6 +443,12 @@ void SimpleVector<T>::removeAll() {
 template <class T>
 void SimpleVector<T>::moveRangeTo(int from, int to, SimpleVector& dst, int at) {
     if (!has(from) || from == to) return;
+    if (this == &dst) {
+        assert(at >= 0 && at <= count);
+        if (at < from) std::rotate(data + at, data + from, data + to);
+        if (at > to) std::rotate(data + from, data + to, data + at);
+        return;
+    }
     T* p = dst.insertPtr(at, to - from);
     assert(p);
     std::memmove(static_cast<void*>(p), data + from, sizeof(T) * static_cast<std::size_t>(to - from));
@@ -433,9 +463,10 @@ void SimpleVector<T>::moveRangeTo(int from, int to, SimpleVector& dst) {
 
 template <class T>
 void SimpleVector<T>::stealFrom(T*& p, int newCount, int allocated) {
-    deallocate();
-    data = p;
+    T* block = p;
     p = nullptr;
+    if (block != data) deallocate();
+    data = block;
     count = newCount;
     allocateCount = allocated;
 }
@@ -507,8 +538,26 @@ void ArrayVector<T>::assign(const ArrayVector& src, CopyItem copy) {
 }
 
 template <class T>
+void ArrayVector<T>::append(T* p) {
+    ArrayHolder<T> owned;
+    owned.data = p;
+    SimpleVector<T*>::append(p);
+    owned.steal();
+}
+
+template <class T>
+void ArrayVector<T>::insert(int i, T* p) {
+    if (i < 0 || i > this->count) return;
+    ArrayHolder<T> owned;
+    owned.data = p;
+    SimpleVector<T*>::insert(i, p);
+    owned.steal();
+}
+
+template <class T>
 void ArrayVector<T>::replace(int i, T* p) {
-    delete[] this->subst(i, p);
+    T* former = this->subst(i, p);
+    if (former != p) delete[] former;
 }
 
 template <class T>
@@ -567,19 +616,12 @@ void StringVector<T>::operator=(const ArrayVector<T>& s) {
 
 template <class T>
 void StringVector<T>::append_steal(T* p) {
-    ArrayHolder<T> owned;  // a failed growth must not lose the text
-    owned.data = p;
-    this->expand(this->count + 1);
-    this->data[this->count++] = owned.steal();
+    ArrayVector<T>::append(p);
 }
 
 template <class T>
 void StringVector<T>::insert_steal(int i, T* p) {
-    ArrayHolder<T> owned;
-    owned.data = p;
-    T** place = SimpleVector<T*>::insertPtr(i, 1);
-    T* text = owned.steal();
-    if (place) *place = text;
+    ArrayVector<T>::insert(i, p);
 }
 
 template <class T>
@@ -597,7 +639,7 @@ template <class Equal>
 int StringVector<T>::find(const ChPair& key, Equal equal) const {
     for (int i = 0; i < this->count; ++i) {
         ChPair item(static_cast<const T*>(this->data[i]));
-        if (item.len() == key.len() && (key.len() == 0 || equal(item, key))) return i;
+        if (item.size() == key.size() && (key.size() == 0 || equal(item, key))) return i;
     }
     return -1;
 }
@@ -620,6 +662,27 @@ int StringVector<T>::ssearch_i_utf8(const ChPair& key) const {
 template <class T>
 ObjectVector<T>::~ObjectVector() {
     for (int i = 0; i < this->count; ++i) delete this->data[i];
+}
+
+template <class T>
+void ObjectVector<T>::append(T* p) {
+    try {
+        SimpleVector<T*>::append(p);
+    } catch (...) {
+        delete p;
+        throw;
+    }
+}
+
+template <class T>
+void ObjectVector<T>::insert(int i, T* p) {
+    if (i < 0 || i > this->count) return;
+    try {
+        SimpleVector<T*>::insert(i, p);
+    } catch (...) {
+        delete p;
+        throw;
+    }
 }
 
 // ---- the instances that the library holds ----

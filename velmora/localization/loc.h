@@ -13,7 +13,6 @@
 
 #include <cstdint>
 #include <cstdio>
-#include <memory>
 #include <string>
 
 #include <velmora/base.h>
@@ -152,12 +151,8 @@ class VELMORA_API Loader {
 public:
     ObjectVector<Module> modules;  // owned
 
-    // Owns: the loader, from here on.
-    void addModule(Module* module) {
-        std::unique_ptr<Module> owned(module);
-        modules.append(module);
-        owned.release();
-    }
+    // Owns: the loader, from the call on: it destroys the module when memory runs out.
+    void addModule(Module* module) { modules.append(module); }
 
     // Loads every module. The first that fails ends the load and sets *error to an English sentence of two lines;
     // modules before it keep what they loaded.
