@@ -10,6 +10,7 @@
 #include "tools/document.h"
 #include "tools/output.h"
 #include "tools/report.h"
+#include "tools/shown.h"
 #include "tools/status.h"
 
 namespace tool {
@@ -93,7 +94,7 @@ private:
 int checkFile(const std::string& path) {
     MLDoc doc;
     const int status = readDocument(doc, path, [](MLDoc& loaded) { return Checker(loaded).run(); });
-    if (status == kDone) put(path + ": ok\n");
+    if (status == kDone) put(shown(path) + ": ok\n");
     return status;
 }
 

@@ -24,8 +24,8 @@ struct Command {
     const char* details;  // the rest of its help, in lines
     int minOperands;
     int maxOperands;
-    bool needsTexts;        // messages of the library must be loaded before it runs
-    OptionSpec options[9];  // its own; unused entries have no name
+    bool needsTexts;         // messages of the library must be loaded before it runs
+    OptionSpec options[10];  // its own; unused entries have no name
     int (*run)(const Arguments& arguments, const Settings& settings);  // gives the exit status
 };
 

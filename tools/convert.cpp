@@ -1,8 +1,10 @@
 // velmora convert: a document of any form that is read, in any form that is written. The result is made in memory and
-// goes out when it is whole, so a failure leaves no half of a file.
+// goes out when it is whole, so a failure leaves no half of a file, and it is bounded by the size of the document.
 #include <velmora/markup/mldocout.h>
+#include <velmora/serial/ttt.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <iterator>
 #include <string>
 
@@ -10,6 +12,7 @@
 #include "tools/document.h"
 #include "tools/item_writers.h"
 #include "tools/items.h"
+#include "tools/limits.h"
 #include "tools/output.h"
 #include "tools/report.h"
 #include "tools/save.h"
@@ -29,6 +32,7 @@ constexpr Form kForms[] = {{"xml", MLDocBase::XML},
                            {"html", MLDocBase::HTML},
                            {"csv", MLDocBase::CSV}};
 constexpr int kWidestTab = 16;
+constexpr int kMostMegabytes = 2000;  // a Bag holds a little more
 
 MLDocBase::Format formOf(const std::string& name) {
     const auto* form =
@@ -43,6 +47,22 @@ const char* lineEndOf(const std::string& name) {
     throw UsageError{"--eol needs one of lf, crlf"};
 }
 
+// The result, while it is made.
+class BoundedWriter : public MLDocOut::BagWriter {
+public:
+    explicit BoundedWriter(std::uint64_t most) : most_(most) {}
+
+    void write_doc(const char* text, int n) override {
+        if (static_cast<std::uint64_t>(size) + static_cast<std::uint64_t>(n) > most_) {
+            throw TTT("the result is larger than " + std::to_string(most_) + " bytes, see --most");
+        }
+        BagWriter::write_doc(text, n);
+    }
+
+private:
+    std::uint64_t most_;
+};
+
 // What the command line asks for.
 struct Conversion {
     MLDocOut writer;
@@ -50,12 +70,14 @@ struct Conversion {
     std::string root;
     std::string rowName;
     bool header;
+    int mostMegabytes;  // 0: as many as the document's size allows
 
     explicit Conversion(const Arguments& arguments)
         : writer(formOf(arguments.value("--to"))),
           root(arguments.value("--root", "document")),
           rowName(arguments.value("--rows")),
-          header(arguments.has("--header")) {
+          header(arguments.has("--header")),
+          mostMegabytes(arguments.number("--most", 0, 1, kMostMegabytes)) {
         writer.setEOLN(lineEndOf(arguments.value("--eol", "lf")));
         writer.setCompactMode(arguments.has("--compact"));
         items.rawEscapes = arguments.has("--raw-escapes");
@@ -69,6 +91,11 @@ struct Conversion {
     }
 
     bool isRowForm() const { return writer.getFormat() == MLDocBase::HTML || writer.getFormat() == MLDocBase::CSV; }
+
+    std::uint64_t mostBytes(const MLDoc& doc) const {
+        if (mostMegabytes != 0) return static_cast<std::uint64_t>(mostMegabytes) * kMegabyte;
+        return std::min(mostBytesOf(doc.length), static_cast<std::uint64_t>(kMostMegabytes) * kMegabyte);
+    }
 
     // Whether the items need a root around them. XML has exactly one, JSON at most one as it is written here.
     bool needsRoot(const Survey& survey) const {
@@ -98,7 +125,7 @@ int convertDocument(MLDoc& doc, Conversion& conversion, Bag& result) {
     }
     if (conversion.needsRoot(survey)) conversion.items.root = conversion.root;
     rewindDocument(doc);
-    MLDocOut::BagWriter sink;
+    BoundedWriter sink(conversion.mostBytes(doc));
     conversion.writer.begin(sink);
     if (conversion.isRowForm()) {
         writeRows(doc, conversion, survey);
@@ -115,7 +142,7 @@ void deliver(const Bag& result, const Arguments& arguments) {
     if (arguments.has("-o")) {
         saveFile(arguments.value("-o"), result.data, size);
     } else {
-        put(result.data, size);
+        putDocument(result.data, size);
     }
 }
 
@@ -123,15 +150,10 @@ int run(const Arguments& arguments, const Settings&) {
     Conversion conversion(arguments);
     MLDoc doc;
     Bag result;
-    try {
-        const int status = readDocument(doc, arguments.operands[0],
-                                        [&](MLDoc& loaded) { return convertDocument(loaded, conversion, result); });
-        if (status == kDone) deliver(result, arguments);
-        return status;
-    } catch (const Bag::Exception&) {
-        complain(arguments.operands[0] + ": the result is larger than 2 GB");
-        return kFailed;
-    }
+    const int status = readDocument(doc, arguments.operands[0],
+                                    [&](MLDoc& loaded) { return convertDocument(loaded, conversion, result); });
+    if (status == kDone) deliver(result, arguments);
+    return status;
 }
 
 }  // namespace
@@ -157,6 +179,8 @@ const Command convertCommand{
     "  --header       html, csv: a first row with the names of the columns\n"
     "  --raw-escapes  carries values over undecoded in which an escape is not known, such as\n"
     "                 \\n in JSON; without it they are failures\n"
+    "  --most MB      megabytes that the result may have, to 2000: when not given, 32, or 32\n"
+    "                 times FILE when that is more\n"
     "\n"
     "The text of an XML element becomes a value named text where FORM has no content.\n",
     1,
@@ -170,7 +194,8 @@ const Command convertCommand{
      {"--root", true},
      {"--rows", true},
      {"--header", false},
-     {"--raw-escapes", false}},
+     {"--raw-escapes", false},
+     {"--most", true}},
     run};
 
 }  // namespace tool

@@ -56,15 +56,11 @@ ChPair windowAround(const ChPair& line, const char* mark) {
     return ChPair(begin, end);
 }
 
-// U+0080 to U+009F are control characters, too.
-bool isPrintable(const char* p, std::size_t length) {
-    return length != 0 && !isControl(*p) && !(*p == '\xC2' && static_cast<unsigned char>(p[1]) < 0xA0);
-}
-
 // One character as it may go to a terminal: in one column, but for a tab.
 std::string visible(const char* p, const char* end) {
-    const std::size_t length = characterLength(p, end);
-    return *p == '\t' || isPrintable(p, length) ? std::string(p, length) : kReplacement;
+    const Character character = characterOf(p, end);
+    const bool stays = *p == '\t' || (character.length != 0 && isPrintable(character.code));
+    return stays ? std::string(p, character.length) : kReplacement;
 }
 
 }  // namespace

@@ -5,13 +5,19 @@
 
 #include <algorithm>
 
+#include "tools/shown.h"
+#include "tools/xliff.h"
+
 namespace tool {
 namespace {
 
 constexpr std::size_t kLongestName = 4000;  // names go out in pieces of at most 4,096 bytes, with what is around them
 constexpr std::size_t kLongestXmlName = 510;
 
-bool isControl(char c) { return static_cast<unsigned char>(c) < 0x20; }
+bool isC0(char c) { return static_cast<unsigned char>(c) < 0x20; }
+// The writer has a short escape for these: \b, \t, \n, \f and \r.
+bool isNamedControl(char c) { return (c >= '\b' && c <= '\n') || c == '\f' || c == '\r'; }
+bool isUnnamedControl(char c) { return isC0(c) && !isNamedControl(c); }
 bool isLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
 bool startsXmlName(char c) { return isLetter(c) || c == '_' || c == ':'; }
 bool continuesXmlName(char c) { return startsXmlName(c) || (c >= '0' && c <= '9') || c == '-' || c == '.'; }
@@ -32,7 +38,8 @@ bool isYamlName(const std::string& name) {
 }
 
 bool fits(const std::string& name, MLDoc::Format form, MLDoc::Format source) {
-    if (name.empty() || name.size() > kLongestName || std::any_of(name.begin(), name.end(), isControl)) return false;
+    if (name.empty() || name.size() > kLongestName || std::any_of(name.begin(), name.end(), isC0)) return false;
+    if (!isUtf8(name)) return false;
     switch (form) {
         case MLDoc::XML:
             return isXmlName(name);
@@ -49,11 +56,25 @@ void checkName(const std::string& name, const MLDocOut& out, MLDoc::Format sourc
     if (!fits(name, out.getFormat(), source)) throw TTT(problems[out.getFormat()]);
 }
 
+// No reader takes a document in one of the three forms that is not all UTF-8.
+void checkUtf8(const Value& value) {
+    if (!isUtf8(value.text)) throw TTT("this is not valid UTF-8");
+}
+
 // The reader gives blanks for control bytes in a value of XML, and so do others.
 void checkValue(const Value& value, const MLDocOut& out) {
-    if (out.getFormat() == MLDoc::XML && std::any_of(value.text.begin(), value.text.end(), isControl)) {
+    checkUtf8(value);
+    if (out.getFormat() == MLDoc::XML && std::any_of(value.text.begin(), value.text.end(), isC0)) {
         throw TTT("an attribute of XML cannot hold control characters such as line ends");
     }
+    if (value.form != Value::Text && std::any_of(value.text.begin(), value.text.end(), isC0)) {
+        throw TTT("a value that is carried over undecoded cannot hold control characters");
+    }
+}
+
+void checkContent(const Value& value) {
+    checkUtf8(value);
+    if (!isXmlText(value.text)) throw TTT("a text of XML cannot hold control characters but tabs and line ends");
 }
 
 bool hasEntities(MLDoc::Format form) { return form == MLDoc::XML || form == MLDoc::HTML; }
@@ -70,11 +91,18 @@ void writeValue(MLDocOut& out, MLDoc::Format source, const char* name, const Val
         const bool bare = out.getFormat() == MLDoc::YAML || out.getFormat() == MLDoc::CSV;
         out.writeSimpleAttr(name, bare ? '"' + value.text + '"' : value.text);
     } else {
-        out.writeStrAttr(name, value.text);
+        writeText(out, name, value.text, !std::any_of(value.text.begin(), value.text.end(), isUnnamedControl));
     }
 }
 
 }  // namespace
+
+void writeText(MLDocOut& out, const char* name, const std::string& text, bool plain) {
+    if (plain || out.getFormat() == MLDoc::XML || out.getFormat() == MLDoc::HTML) return out.writeStrAttr(name, text);
+    std::string escaped = jsonText(text);
+    if (out.getFormat() != MLDoc::JSON) escaped = '"' + escaped + '"';
+    out.writeSimpleAttr(name, escaped);
+}
 
 void Survey::open(const std::string& name) {
     if (open_.size() == 1) ++itemCount_;
@@ -112,6 +140,7 @@ void TreeWriter::text(const Value& text) {
         if (hasText_) throw TTT("there is no place for this text: the item has an attribute named text");
         return value(kTextName, text);
     }
+    checkContent(text);
     out_.beginItemContent();
     if (staysRaw(text, out_, source_)) {
         out_.write(text.text);

@@ -13,6 +13,9 @@
 
 namespace tool {
 
+// What is wrong with a file whose texts are more than the tool makes of it.
+constexpr const char* kTooMuchOverlap = "the texts share their bytes too often to be read one by one";
+
 // The table of the library's own texts.
 std::vector<std::string> libraryKeys();
 std::uint32_t libraryStamp();

@@ -10,14 +10,12 @@
 #include "tools/lng.h"
 #include "tools/output.h"
 #include "tools/placeholders.h"
+#include "tools/shown.h"
 #include "tools/stamp.h"
 #include "tools/status.h"
 
 namespace tool {
 namespace {
-
-// Of all texts together. Only texts that share their bytes again and again come to more than a file can hold.
-constexpr std::uint64_t kTextBytesMax = 1'000'000'000;
 
 // What a file must agree with.
 struct Reference {
@@ -48,7 +46,7 @@ public:
     int run(const LngFile& file, const std::vector<std::string>& problems, bool whole) {
         for (const std::string& problem : problems) error(problem);
         if (whole) checkBody(file);
-        if (status_ == kDone) put(path_ + ": ok\n");
+        if (status_ == kDone) put(shown(path_) + ": ok\n");
         return status_;
     }
 
@@ -105,8 +103,7 @@ private:
     }
 
     void checkPlaceholdersOf(const LngFile& file) {
-        if (file.textBytes() > kTextBytesMax)
-            return error("the texts overlap too much for a look at their placeholders");
+        if (file.overlapsTooMuch()) return error(kTooMuchOverlap);
         if (!reference_.hasTexts) note("placeholders are not compared, as there is no reference");
         for (std::size_t i = 0; i < file.texts.size(); ++i) {
             if (!file.readable(i)) continue;
@@ -128,7 +125,9 @@ int loadLngReference(const std::string& path, Reference& out) {
     LngFile file;
     std::vector<std::string> problems;
     const bool whole = loadLng(path, file, problems);
-    if (!whole || file.unreadableCount() != 0) problems.emplace_back("is no use as a reference");
+    const bool overlaps = whole && file.overlapsTooMuch();
+    if (overlaps) problems.emplace_back(kTooMuchOverlap);
+    if (!whole || overlaps || file.unreadableCount() != 0) problems.emplace_back("is no use as a reference");
     for (const std::string& problem : problems) complain(path + ": " + problem);
     if (!problems.empty()) return kBadInput;
     out.stamp = file.stamp;
@@ -193,20 +192,23 @@ int run(const Arguments& arguments, const Settings& settings) {
 
 }  // namespace
 
-const Command lngCheckCommand{"lng check",
-                              "FILE.lng [--reference ENG.lng|ENG.xlf] [--stamp HEX] [--count N]",
-                              "verifies a .lng file and compares its placeholders",
-                              "Checks the header, where texts start and end, their UTF-8 and their placeholders, and\n"
-                              "tells everything that is wrong. Bytes that belong to no text are only noted. A file\n"
-                              "with the stamp of the library's own texts is compared with the English ones.\n"
-                              "\n"
-                              "  --reference FILE  the file to agree with in stamp, count and placeholders\n"
-                              "  --stamp HEX       the stamp that the file must have\n"
-                              "  --count N         the number of texts that the file must have\n",
-                              1,
-                              1,
-                              true,
-                              {{"--reference", true}, {"--stamp", true}, {"--count", true}},
-                              run};
+const Command lngCheckCommand{
+    "lng check",
+    "FILE.lng [--reference ENG.lng|ENG.xlf] [--stamp HEX] [--count N]",
+    "verifies a .lng file and compares its placeholders",
+    "Checks the header, where texts start and end, their UTF-8 and their placeholders, and\n"
+    "tells everything that is wrong. Bytes that belong to no text are only noted. A file\n"
+    "with the stamp of the library's own texts is compared with the English ones.\n"
+    "Placeholders are not looked at where texts share their bytes, so that all together have\n"
+    "more than 32 MB and 32 times the size of the file: this is told as a fault.\n"
+    "\n"
+    "  --reference FILE  the file to agree with in stamp, count and placeholders\n"
+    "  --stamp HEX       the stamp that the file must have\n"
+    "  --count N         the number of texts that the file must have\n",
+    1,
+    1,
+    true,
+    {{"--reference", true}, {"--stamp", true}, {"--count", true}},
+    run};
 
 }  // namespace tool

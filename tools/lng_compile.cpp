@@ -76,7 +76,7 @@ void write(const std::string& path, const Xliff& xliff, std::uint32_t stamp) {
     for (const XliffUnit& unit : xliff.units) file.append(unit.text());
     const std::string bytes = file.write();
     saveFile(path, bytes.data(), bytes.size());
-    put(path + ": " + std::to_string(file.texts.size()) + " texts, stamp " + stampText(stamp) + '\n');
+    put(shown(path) + ": " + std::to_string(file.texts.size()) + " texts, stamp " + stampText(stamp) + '\n');
 }
 
 int run(const Arguments& arguments, const Settings&) {

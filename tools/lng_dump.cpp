@@ -72,27 +72,46 @@ void putTexts(const Dictionary& dictionary) {
     }
 }
 
+// A name that only tells where something comes from: what XML cannot hold is shown.
+std::string inXml(const ChPair& name) { return shownOnTerminal(shown(name)); }
+
 // Original name and language as a dictionary's file name has them: velmora.eng.lng.
 void nameFile(const std::string& path, Xliff& xliff) {
     const ChPair name = ChPair(path).parsePath();
     const ChPair language = name.findLastExtension();
-    xliff.targetLanguage = language.std();
-    xliff.original = language.empty() ? name.std() : ChPair(name.begin, language.begin - 1).std();
+    xliff.targetLanguage = inXml(language);
+    xliff.original = inXml(language.empty() ? name : ChPair(name.begin, language.begin - 1));
 }
 
-Xliff toXliff(const Dictionary& dictionary) {
-    Xliff out;
-    nameFile(dictionary.path, out);
-    out.sourceLanguage = dictionary.xliff.sourceLanguage.empty() ? "en" : dictionary.xliff.sourceLanguage;
-    out.productVersion = stampText(dictionary.file.stamp);
+// Each text is made when it is written: together they may be much larger than the file.
+void putXliff(const Dictionary& dictionary) {
+    Xliff head;
+    nameFile(dictionary.path, head);
+    head.sourceLanguage = dictionary.xliff.sourceLanguage.empty() ? "en" : dictionary.xliff.sourceLanguage;
+    head.productVersion = stampText(dictionary.file.stamp);
+    XliffWriter writer([](const std::string& piece) { putDocument(piece); });
+    writer.begin(head);
     for (std::size_t i = 0; i < dictionary.file.texts.size(); ++i) {
-        XliffUnit unit;
-        unit.id = i < dictionary.keys.size() ? dictionary.keys[i] : std::to_string(i);
-        unit.target = dictionary.file.text(i).std();
-        unit.source = i < dictionary.xliff.units.size() ? dictionary.xliff.units[i].source : unit.target;
-        out.units.push_back(unit);
+        const std::string id = i < dictionary.keys.size() ? dictionary.keys[i] : std::to_string(i);
+        const std::string target = dictionary.file.text(i).std();
+        writer.unit(id, i < dictionary.xliff.units.size() ? dictionary.xliff.units[i].source : target, target);
     }
-    return out;
+    writer.end();
+}
+
+// Returns: the exit status; what is wrong has been told.
+int tellUnwritable(const Dictionary& dictionary) {
+    int status = kDone;
+    for (std::size_t i = 0; i < dictionary.file.texts.size(); ++i) {
+        const bool good = isXmlText(dictionary.file.text(i)) &&
+                          (i >= dictionary.keys.size() || isXmlText(dictionary.keys[i])) &&
+                          (i >= dictionary.xliff.units.size() || isXmlText(dictionary.xliff.units[i].source));
+        if (good) continue;
+        complain(dictionary.path + ": " + textName(i, dictionary.keys) +
+                 " cannot be held by XML, which has no control characters and nothing but UTF-8");
+        status = kBadInput;
+    }
+    return status;
 }
 
 int run(const Arguments& arguments, const Settings&) {
@@ -101,12 +120,18 @@ int run(const Arguments& arguments, const Settings&) {
     int status = loadFile(dictionary);
     if (status == kDone) status = loadKeys(arguments, dictionary);
     if (status != kDone) return status;
+    if (dictionary.file.overlapsTooMuch()) {
+        complain(dictionary.path + ": " + kTooMuchOverlap);
+        return kBadInput;
+    }
     const bool readable = dictionary.file.unreadableCount() == 0;
     if (!arguments.has("--xliff")) {
         putHeader(dictionary.file);
         putTexts(dictionary);
     } else if (readable) {
-        put(writeXliff(toXliff(dictionary)));
+        status = tellUnwritable(dictionary);
+        if (status == kDone) putXliff(dictionary);
+        return status;
     }
     return readable ? kDone : tellUnreadable(dictionary);
 }
@@ -120,7 +145,12 @@ const Command lngDumpCommand{"lng dump",
                              "library when the file is one of its own, or come from an XLIFF file.\n"
                              "\n"
                              "  --xliff          writes an XLIFF 1.2 file that compiles back to the same texts\n"
-                             "  --keys FILE.xlf  takes keys and sources from its units\n",
+                             "  --keys FILE.xlf  takes keys and sources from its units\n"
+                             "\n"
+                             "Texts that share their bytes, so that all together have more than 32 MB and 32 times\n"
+                             "the size of the file, are refused. XLIFF cannot hold control characters but tabs and\n"
+                             "line ends, nor what is no UTF-8: such texts are refused there. In lines, these and\n"
+                             "what would reorder a line are shown as \\n, \\r, \\t or \\xHH.\n",
                              1,
                              1,
                              true,

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <numeric>
 
+#include "tools/limits.h"
+
 namespace tool {
 namespace {
 
@@ -167,6 +169,8 @@ std::uint64_t LngFile::textBytes() const {
     for (const Text& text : texts) bytes += text.end < 0 ? 0 : static_cast<std::uint64_t>(text.end - text.start);
     return bytes;
 }
+
+bool LngFile::overlapsTooMuch() const { return textBytes() > mostBytesOf(block.size() + kWord * texts.size()); }
 
 std::size_t LngFile::unusedBytes() const {
     std::int64_t used = 0;

@@ -49,6 +49,8 @@ public:
 
     // Bytes of all readable texts; those that texts share count for each.
     std::uint64_t textBytes() const;
+    // Whether these are more than the tool makes of the file.
+    bool overlapsTooMuch() const;
     // Bytes of the block that belong to no readable text.
     std::size_t unusedBytes() const;
 

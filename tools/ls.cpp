@@ -4,12 +4,15 @@
 #include <velmora/text/timetext.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "tools/command.h"
+#include "tools/item_writers.h"
 #include "tools/output.h"
 #include "tools/shown.h"
 #include "tools/status.h"
@@ -50,11 +53,13 @@ void setFilter(ZFindFile& find, const Arguments& arguments) {
     if (arguments.has("--read-only")) find.allowMask = kReadOnly;
 }
 
-std::vector<Entry> read(ZFindFile& find, Order order) {
-    std::vector<Entry> entries;
-    while (find.next()) entries.push_back(Entry{find.getName(), find.getSize(), find.getTime(), find.attributes});
-    std::sort(entries.begin(), entries.end(), order);
-    return entries;
+// Returns: 0, or the number of the system's error when not all entries could be read.
+int read(ZFindFile& find, std::vector<Entry>& entries) {
+    for (;;) {
+        errno = 0;  // which next() leaves alone at the true end
+        if (!find.next()) return errno;
+        entries.push_back(Entry{find.getName(), find.getSize(), find.getTime(), find.attributes});
+    }
 }
 
 std::string timeText(const Entry& entry) {
@@ -78,7 +83,7 @@ void putLines(const std::vector<Entry>& entries) {
     }
 }
 
-void putDocument(const std::vector<Entry>& entries, const std::string& mask, MLDocBase::Format form, bool header) {
+void putEntries(const std::vector<Entry>& entries, const std::string& mask, MLDocBase::Format form, bool header) {
     constexpr const char* columns[] = {"name", "folder", "size", "modified", "hidden", "readOnly"};
     const bool rows = form == MLDocBase::CSV;
     MLDocOut::BagWriter sink;
@@ -87,7 +92,7 @@ void putDocument(const std::vector<Entry>& entries, const std::string& mask, MLD
     out.begin(sink);
     if (!rows) {
         out.beginItem("listing");
-        out.writeStrAttr("mask", mask);
+        writeText(out, "mask", mask, isPrintable(ChPair(mask)));
     }
     if (header) {
         out.beginItem("entry");
@@ -96,7 +101,7 @@ void putDocument(const std::vector<Entry>& entries, const std::string& mask, MLD
     }
     for (const Entry& entry : entries) {
         out.beginItem("entry");
-        out.writeStrAttr(columns[0], entry.name);
+        writeText(out, columns[0], entry.name, isPrintable(ChPair(entry.name)));
         out.writeBoolAttr(columns[1], entry.is(kFolder));
         out.writeInt64Attr(columns[2], entry.size);
         out.writeDateAttr(columns[3], entry.time);
@@ -106,7 +111,7 @@ void putDocument(const std::vector<Entry>& entries, const std::string& mask, MLD
     }
     if (!rows) out.endItem("listing");
     out.end();
-    put(sink.data, static_cast<std::size_t>(sink.size));
+    putDocument(sink.data, static_cast<std::size_t>(sink.size));
 }
 
 int run(const Arguments& arguments, const Settings&) {
@@ -127,52 +132,60 @@ int run(const Arguments& arguments, const Settings&) {
     if (mask.size() > mostBytes) throw UsageError{"the mask is longer than 259 bytes"};
     ZFindFile find(mask.c_str());
     if (find.handle == -1) {
-        complain("velmora: nothing can be listed: " + shown(ChPair(mask)));
+        complain("velmora: nothing can be listed: " + mask);
         return kBadInput;
     }
     setFilter(find, arguments);
-    const std::vector<Entry> entries = read(find, order);
+    std::vector<Entry> entries;
+    const int failure = read(find, entries);
+    std::sort(entries.begin(), entries.end(), order);
     if (form == MLDocBase::Unknown) {
         putLines(entries);
     } else {
-        putDocument(entries, mask, form, header);
+        putEntries(entries, mask, form, header);
     }
-    return kDone;
+    if (failure == 0) return kDone;
+    complain("velmora: the list is not whole: " + mask + " (" + std::strerror(failure) + ")");
+    return kFailed;
 }
 
 }  // namespace
 
-const Command lsCommand{"ls",
-                        "[MASK]",
-                        "lists a folder",
-                        "Lists the files of a folder, with the time of their last change in UTC and their size in\n"
-                        "bytes. A MASK that ends in * is a folder and a pattern for the names in it, in which * is\n"
-                        "any text and ? one character; any other names a folder. When not given, it is the\n"
-                        "current folder.\n"
-                        "\n"
-                        "  --dirs         folders too\n"
-                        "  --only-dirs    folders only\n"
-                        "  --no-hidden    without hidden entries\n"
-                        "  --read-only    only what may not be written\n"
-                        "  --sort KEY     name, size (largest first) or time (latest first): name when not given\n"
-                        "  --json         writes JSON, with the attributes of each entry\n"
-                        "  --yaml         writes YAML\n"
-                        "  --csv          writes lines of comma-separated values\n"
-                        "  --header       csv: a first line with the names of the columns\n"
-                        "\n"
-                        "Of a file of 4 GiB or more only the low 32 bits of the size are known.\n",
-                        0,
-                        1,
-                        false,
-                        {{"--dirs", false},
-                         {"--only-dirs", false},
-                         {"--no-hidden", false},
-                         {"--read-only", false},
-                         {"--sort", true, "name size time"},
-                         {"--json", false},
-                         {"--yaml", false},
-                         {"--csv", false},
-                         {"--header", false}},
-                        run};
+const Command lsCommand{
+    "ls",
+    "[MASK]",
+    "lists a folder",
+    "Lists the files of a folder, with the time of their last change in UTC and their size in\n"
+    "bytes. A MASK that ends in * is a folder and a pattern for the names in it, in which * is\n"
+    "any text and ? one character; any other names a folder. When not given, it is the\n"
+    "current folder.\n"
+    "\n"
+    "  --dirs         folders too\n"
+    "  --only-dirs    folders only\n"
+    "  --no-hidden    without hidden entries\n"
+    "  --read-only    only what may not be written\n"
+    "  --sort KEY     name, size (largest first) or time (latest first): name when not given\n"
+    "  --json         writes JSON, with the attributes of each entry\n"
+    "  --yaml         writes YAML\n"
+    "  --csv          writes lines of comma-separated values\n"
+    "  --header       csv: a first line with the names of the columns\n"
+    "\n"
+    "Of a file of 4 GiB or more only the low 32 bits of the size are known. In a name, control\n"
+    "bytes are shown as \\n, \\r, \\t or \\xHH; so is, on a terminal, what is no UTF-8, does not\n"
+    "print or reorders a line. In JSON, YAML and CSV such characters are written as \\n, \\r, \\t,\n"
+    "\\b, \\f or \\uHHHH, and a byte that is no UTF-8 as the character U+FFFD.\n",
+    0,
+    1,
+    false,
+    {{"--dirs", false},
+     {"--only-dirs", false},
+     {"--no-hidden", false},
+     {"--read-only", false},
+     {"--sort", true, "name size time"},
+     {"--json", false},
+     {"--yaml", false},
+     {"--csv", false},
+     {"--header", false}},
+    run};
 
 }  // namespace tool

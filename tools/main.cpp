@@ -15,6 +15,7 @@
 #include "tools/manual.h"
 #include "tools/output.h"
 #include "tools/report.h"
+#include "tools/shown.h"
 #include "tools/status.h"
 #include "tools/texts.h"
 
@@ -83,6 +84,13 @@ std::string takeName(ArgumentReader& reader) {
     const bool more = !reader.atEnd() && reader.peek().compare(0, 1, "-") != 0;
     if (isGroup(name) && more) name += ' ' + reader.take();
     return name;
+}
+
+// The loader's words are two lines, of which the second names the file.
+int tellLoading(const std::string& error) {
+    const std::size_t end = std::min(error.find('\n'), error.size());
+    complain(error.substr(0, end), end == error.size() ? std::string() : shown(error.substr(end + 1)) + '\n');
+    return kFailed;
 }
 
 // One run of the tool.
@@ -155,10 +163,7 @@ private:
         settings.language = arguments_.value("--lang", "eng");
         settings.languageFolder = languageFolder(arguments_.value("--lang-dir"), settings.language);
         const std::string error = loadTexts(settings.languageFolder, settings.language);
-        if (!error.empty() && command.needsTexts) {
-            complain(error);
-            return kFailed;
-        }
+        if (!error.empty() && command.needsTexts) return tellLoading(error);
         return command.run(arguments_, settings);
     }
 };

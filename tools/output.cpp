@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstring>
 
+#include "tools/host.h"
+#include "tools/shown.h"
 #include "tools/status.h"
 
 namespace tool {
@@ -16,6 +18,11 @@ void remember(bool done) {
     if (!done && outputError == 0) outputError = errno != 0 ? errno : EIO;
 }
 
+bool onTerminal() {
+    static const bool terminal = isTerminal(stdout);
+    return terminal;
+}
+
 }  // namespace
 
 bool flushOutput() {
@@ -24,12 +31,18 @@ bool flushOutput() {
 }
 
 void put(const char* text, std::size_t size) {
-    if (size != 0 && outputError == 0) remember(std::fwrite(text, 1, size, stdout) == size);
+    if (onTerminal()) return putDocument(shownOnTerminal(ChPair(text, text + size)));
+    putDocument(text, size);
 }
 
-void complain(const std::string& line) {
+void putDocument(const char* bytes, std::size_t size) {
+    if (size != 0 && outputError == 0) remember(std::fwrite(bytes, 1, size, stdout) == size);
+}
+
+void complain(const std::string& message, const std::string& lines) {
     flushOutput();
-    std::fwrite((line + '\n').data(), 1, line.size() + 1, stderr);
+    const std::string text = shownOnTerminal(shown(message)) + '\n' + shownOnTerminal(lines);
+    std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
 int finishOutput(int status) {

@@ -10,6 +10,7 @@ namespace tool {
 namespace {
 
 constexpr int kPositionalMax = 32;
+constexpr std::size_t kListed = 32;  // in a message
 constexpr const char* kLetters = "duxXfADTsCi";
 constexpr const char* kLongLetters = "duxX";
 
@@ -64,7 +65,9 @@ private:
 
 std::string Placeholders::list() const {
     std::string out;
-    for (const std::string& placeholder : sequential) out += placeholder + ' ';
+    const std::size_t shownCount = std::min(sequential.size(), kListed);
+    for (std::size_t i = 0; i < shownCount; ++i) out += sequential[i] + ' ';
+    if (shownCount != sequential.size()) out += "and " + std::to_string(sequential.size() - shownCount) + " more ";
     for (int number : positional) out += "%{" + std::to_string(number) + "} ";
     if (out.empty()) return "none";
     out.pop_back();

@@ -37,10 +37,7 @@ int report(const TTT& failure) {
 int reportAt(const MLDoc& doc, const TTT& failure) {
     TTT message(failure);
     doc.formMessage(message);
-    std::string text = render(message);
-    const std::string source = isTerminal(stderr) ? excerptOf(doc) : std::string();
-    if (!source.empty()) text += '\n' + source.substr(0, source.size() - 1);
-    complain(text);
+    complain(render(message), isTerminal(stderr) ? excerptOf(doc) : std::string());
     return statusOf(failure);
 }
 

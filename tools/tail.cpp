@@ -45,9 +45,10 @@ public:
         for (;;) {
             putCompleteLines();
             if (plan_.once || interrupted || !flushOutput()) return;
-            std::this_thread::sleep_for(plan_.interval);
-            if (interrupted) return;
-            look();
+            do {
+                std::this_thread::sleep_for(plan_.interval);
+                if (interrupted) return;
+            } while (!look());
         }
     }
 
@@ -59,7 +60,8 @@ private:
     const std::string path_;
     const Plan& plan_;
     LogCharStream log_;
-    std::int64_t next_ = 0;  // where the next line starts
+    std::int64_t next_ = 0;   // where the next line starts
+    std::int64_t size_ = -1;  // of the file when it was looked at last
     std::vector<char> line_;
     std::vector<char*> fields_;  // in `line_`
 
@@ -118,12 +120,16 @@ private:
         put(out + '\n');
     }
 
-    // What has been appended in the meantime. A file that has become shorter is another one, and read from its start.
-    void look() {
+    // Returns: whether something has been appended in the meantime; a line without an end is not read again before. A file that
+    // has become shorter is another one, and read from its start.
+    bool look() {
         const std::int64_t size = log_.getStreamSize();
-        if (size >= next_) return;
-        complain("velmora: the file has become shorter, and is read from its start: " + shown(ChPair(path_)));
+        const bool changed = size != size_;
+        size_ = size;
+        if (size >= next_) return changed;
+        complain("velmora: the file has become shorter, and is read from its start: " + path_);
         open();
+        return true;
     }
 };
 
@@ -177,7 +183,10 @@ const Command tailCommand{
     "                 that follow. They are shown with one tab between them; in a field, a tab\n"
     "                 is shown as \\t and a joined line end as \\n.\n"
     "  --only LIST    only these fields, such as 1,3\n"
-    "  --interval MS  looks every MS milliseconds: 200 when not given\n",
+    "  --interval MS  looks every MS milliseconds: 200 when not given\n"
+    "\n"
+    "On a terminal, control characters but tabs and line ends, what is no UTF-8 and what reorders\n"
+    "a line are shown as \\r or \\xHH.\n",
     1,
     1,
     true,

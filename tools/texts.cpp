@@ -9,6 +9,7 @@
 #include "tools/document.h"
 #include "tools/host.h"
 #include "tools/lng_file.h"
+#include "tools/shown.h"
 
 namespace tool {
 namespace {
@@ -104,7 +105,7 @@ std::string loadTexts(const std::string& folder, const std::string& language) {
     Loc::Loader loader;
     loader.addModule(new Loc::VelmoraModule);
     const std::string path = dictionaryPath(folder, language);
-    if (isDamaged(path)) return "The texts of " + path + " are damaged; try 'velmora lng check'";
+    if (isDamaged(path)) return "The texts of " + shown(path) + " are damaged; try 'velmora lng check'";
     std::string error;
     return loader.load(folder.c_str(), language.c_str(), &error) ? std::string() : error;
 }

@@ -57,8 +57,9 @@ const Command walkCommand{"walk",
                           "FILE",
                           "shows the elements of a document, with their attributes",
                           "One line per element: name, level, and attributes as they stand in the document.\n"
-                          "Control bytes are shown as \\n, \\r, \\t or \\xHH, an empty name as \"\". Lines are\n"
-                          "indented by level, up to 20 of them.\n",
+                          "Control bytes are shown as \\n, \\r, \\t or \\xHH, an empty name as \"\"; so is, on a\n"
+                          "terminal, what is no UTF-8, does not print or reorders a line. Lines are indented by\n"
+                          "level, up to 20 of them.\n",
                           1,
                           1,
                           true,

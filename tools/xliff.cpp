@@ -5,6 +5,7 @@
 #include <velmora/serial/ttt.h>
 
 #include "tools/document.h"
+#include "tools/shown.h"
 
 namespace tool {
 namespace {
@@ -125,18 +126,31 @@ std::vector<std::string> Xliff::ids() const {
 
 Xliff readXliff(MLDoc& doc) { return XliffReader(doc).read(); }
 
-std::string writeXliff(const Xliff& xliff) {
-    std::string out =
+void XliffWriter::begin(const Xliff& xliff) {
+    take_(
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-        "<xliff version=\"1.2\" xmlns=\"urn:oasis:names:tc:xliff:document:1.2\">\n";
-    out += "  <file" + attribute("original", xliff.original) + attribute("source-language", xliff.sourceLanguage) +
-           attribute("target-language", xliff.targetLanguage) + attribute("datatype", "plaintext") +
-           attribute("product-version", xliff.productVersion) + attribute("xml:space", "preserve") + ">\n    <body>\n";
-    for (const XliffUnit& unit : xliff.units) {
-        out += "      <trans-unit" + attribute("id", unit.id) + ">\n" + element("source", unit.source) +
-               element("target", unit.target) + "      </trans-unit>\n";
+        "<xliff version=\"1.2\" xmlns=\"urn:oasis:names:tc:xliff:document:1.2\">\n");
+    take_("  <file" + attribute("original", xliff.original) + attribute("source-language", xliff.sourceLanguage) +
+          attribute("target-language", xliff.targetLanguage) + attribute("datatype", "plaintext") +
+          attribute("product-version", xliff.productVersion) + attribute("xml:space", "preserve") + ">\n    <body>\n");
+}
+
+void XliffWriter::unit(const std::string& id, const std::string& source, const std::string& target) {
+    take_("      <trans-unit" + attribute("id", id) + ">\n" + element("source", source) + element("target", target) +
+          "      </trans-unit>\n");
+}
+
+void XliffWriter::end() { take_("    </body>\n  </file>\n</xliff>\n"); }
+
+bool isXmlText(const ChPair& text) {
+    for (const char* p = text.begin; p != text.end;) {
+        const Character character = characterOf(p, text.end);
+        const bool layout = *p == '\t' || *p == '\n' || *p == '\r';
+        if (character.length == 0 || (character.code < 0x20 && !layout)) return false;
+        if (character.code == 0xFFFE || character.code == 0xFFFF) return false;
+        p += character.length;
     }
-    return out + "    </body>\n  </file>\n</xliff>\n";
+    return true;
 }
 
 }  // namespace tool

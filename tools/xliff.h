@@ -5,7 +5,9 @@
 
 #include <velmora/markup/mldoc.h>
 
+#include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tool {
@@ -35,8 +37,24 @@ struct Xliff {
 // Reads a loaded document. Throws: TTT with the key or the text alone; the place is the document's position.
 Xliff readXliff(MLDoc& doc);
 
-// The document for these units, with every source and target written out.
-std::string writeXliff(const Xliff& xliff);
+// A document in pieces, each for `take` as soon as it is made: what stands around the units, whose list is not looked at, and
+// each unit with its source and its target written out.
+class XliffWriter {
+public:
+    using Take = std::function<void(const std::string& piece)>;
+
+    explicit XliffWriter(Take take) : take_(std::move(take)) {}
+
+    void begin(const Xliff& xliff);
+    void unit(const std::string& id, const std::string& source, const std::string& target);
+    void end();
+
+private:
+    Take take_;
+};
+
+// Whether the text is one that XML can hold: UTF-8, without control characters but tabs and line ends.
+bool isXmlText(const ChPair& text);
 
 }  // namespace tool
 

@@ -390,6 +390,44 @@ TEST_F(ToolConvert, OutputThatCannotBeWrittenIsAFailure) {
 #endif
 }
 
+// What no reader of the form would take is escaped where the form has escapes, and refused where it has none.
+TEST_F(ToolConvert, ResultIsWellFormed) {
+    EXPECT_EQ("{\n  \"a\": {\n    \"text\": \"\\u001B\\n\\\"\\u009B\"\n  }\n}\n",
+              convert("<a>\x1B\n&quot;\xC2\x9B</a>", {"--to", "json"}));
+    EXPECT_EQ("---\na:\n- text: \"\\u001B\"\n", convert("<a>\x1B</a>", {"--to", "yaml"}));
+    const struct {
+        int line;
+        std::string document;
+        std::vector<std::string> words;
+        const char* problem;
+    } rows[] = {
+        {__LINE__, "<a b=\"\x9B\"/>", {"--to", "json"}, "this is not valid UTF-8"},
+        {__LINE__, "<a b=\"\xED\xA0\x80\"/>", {"--to", "yaml"}, "this is not valid UTF-8"},
+        {__LINE__, "<a>\xC0\x80</a>", {"--to", "xml"}, "this is not valid UTF-8"},
+        {__LINE__,
+         "<a>\x1B</a>",
+         {"--to", "xml"},
+         "a text of XML cannot hold control characters but tabs and line ends"},
+        {__LINE__, "<a>\xEF\xBF\xBF</a>", {"--to", "xml"}, "a text of XML cannot hold control characters"},
+        {__LINE__, "{\"a\":[{\"b\xFF\":1}]}", {"--to", "json"}, "this cannot be a name in JSON"},
+        {__LINE__,
+         "{\"a\":[{\"b\":\"\\q\x1B\"}]}",
+         {"--to", "json", "--raw-escapes"},
+         "a value that is carried over undecoded cannot hold control characters"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE("row at line " + std::to_string(row.line));
+        std::vector<std::string> words = {"convert", folder.write("document.doc", row.document)};
+        words.insert(words.end(), row.words.begin(), row.words.end());
+        const ToolResult result = run(words);
+        EXPECT_EQ(1, result.status);
+        EXPECT_EQ("", result.out);
+        EXPECT_EQ(0u, result.err.find(row.problem)) << result.err;
+        EXPECT_NE(std::string::npos, result.err.find("[LCA__Line_d_Column_d(1,")) << result.err;
+    }
+    EXPECT_EQ("\"\x9B\"\r\n", convert("<a b=\"\x9B\"/>", {"--to", "csv"}));
+}
+
 TEST_F(ToolConvert, AnyDepthIsConverted) {
     const int depth = 5000;
     std::string document, result = xmlOut;

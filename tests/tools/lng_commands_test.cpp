@@ -269,7 +269,7 @@ TEST_F(ToolLngDump, XliffCompilesBackToTheSameBytes) {
         {},
         {""},
         {" leading", "trailing ", "\nlines\r\n\ttab\n", "<a href=\"x\">&amp;&lt;</a>", "'", "", "%s %d %%", "%{2}%{1}",
-         "\xC3\xA4\xE2\x82\xAC", "\x01\x1F\x7F"},
+         "\xC3\xA4\xE2\x82\xAC", "\x7F"},
     };
     for (const std::vector<std::string>& texts : tables) {
         const std::string bytes = lngBytes(0x89ABCDEF, texts);
@@ -281,6 +281,28 @@ TEST_F(ToolLngDump, XliffCompilesBackToTheSameBytes) {
         EXPECT_EQ(0, run({"lng", "compile", in, "-o", folder.file("out.lng")}).status);
         EXPECT_EQ(bytes, folder.read("out.lng"));
     }
+}
+
+TEST_F(ToolLngDump, XliffIsRefusedForWhatXmlCannotHold) {
+    const std::string rest = " cannot be held by XML, which has no control characters and nothing but UTF-8\n";
+    const std::string path = folder.write("m.lng", lngBytes(1, {"a", "\x1B", "b\t\r\n\x7F", "\xFF", "\xED\xA0\x80"}));
+    const ToolResult result = run({"lng", "dump", path, "--xliff"});
+    EXPECT_EQ(1, result.status);
+    EXPECT_EQ("", result.out);
+    EXPECT_EQ(path + ": text 1" + rest + path + ": text 3" + rest + path + ": text 4" + rest, result.err);
+    const std::string keyed = folder.write("k.lng", lngBytes(1, {"a", "b"}));
+    const std::string keys = folder.write("k.xlf", xliff(unit("A\xFF", "one") + unit("B", "\x01")));
+    const ToolResult named = run({"lng", "dump", keyed, "--xliff", "--keys", keys});
+    EXPECT_EQ(1, named.status);
+    EXPECT_EQ("", named.out);
+    EXPECT_EQ(keyed + ": text 0 (A\\xFF)" + rest + keyed + ": text 1 (B)" + rest, named.err);
+#ifndef _WIN32
+    const std::string evil = folder.write("e\x1B\xFF.x\x9B.lng", lngBytes(1, {"a"}));
+    const ToolResult file = run({"lng", "dump", evil, "--xliff"});
+    EXPECT_EQ(0, file.status);
+    EXPECT_NE(std::string::npos, file.out.find(" original=\"e\\x1B\\xFF\"")) << file.out;
+    EXPECT_NE(std::string::npos, file.out.find(" target-language=\"x\\x9B\"")) << file.out;
+#endif
 }
 
 TEST_F(ToolLngDump, XliffNamesFileAndUnits) {

@@ -81,6 +81,53 @@ TEST_F(ToolLs, Filters) {
 #endif
 }
 
+#ifndef _WIN32
+TEST_F(ToolLs, FormsAreWellFormedWhateverTheNamesAre) {
+    listed.write("a\x1B\n\"\\\x7F\xC2\x9B\xE2\x80\xAE", "");
+    listed.write("b\x9B\xC3\xA4", "");
+    const ToolResult json = run({"ls", mask(), "--json"});
+    EXPECT_EQ(0, json.status);
+    EXPECT_NE(std::string::npos, json.out.find("\"name\": \"a\\u001B\\n\\\"\\\\\\u007F\\u009B\\u202E\",\n"))
+        << json.out;
+    EXPECT_NE(std::string::npos, json.out.find("\"name\": \"b\xEF\xBF\xBD\xC3\xA4\",\n")) << json.out;
+    const ToolResult yaml = run({"ls", mask(), "--yaml"});
+    EXPECT_NE(std::string::npos, yaml.out.find("- name: \"a\\u001B\\n\\\"\\\\\\u007F\\u009B\\u202E\"\n")) << yaml.out;
+    EXPECT_NE(std::string::npos, yaml.out.find("- name: \"b\xEF\xBF\xBD\xC3\xA4\"\n")) << yaml.out;
+    const ToolResult csv = run({"ls", mask(), "--csv"});
+    EXPECT_EQ(0u, csv.out.find("\"a\\u001B\\n\\\"\\\\\\u007F\\u009B\\u202E\",false,0,")) << csv.out;
+    EXPECT_NE(std::string::npos, csv.out.find("\r\n\"b\xEF\xBF\xBD\xC3\xA4\",false,0,")) << csv.out;
+    // The mask stands in the document, too.
+    std::filesystem::create_directory(listed.file("c\x1B"));
+    const ToolResult inner = run({"ls", mask("c\x1B"), "--json"});
+    EXPECT_EQ(0, inner.status);
+    EXPECT_NE(std::string::npos, inner.out.find("/c\\u001B\"")) << inner.out;
+}
+
+// The end of a list is no failure, also when it is the first thing that is met.
+TEST_F(ToolLs, EmptyListIsNoFailure) {
+    EXPECT_EQ("", entries({mask()}));
+    std::filesystem::create_symlink(listed.file("nowhere"), listed.file("link"));
+    std::filesystem::create_directory(listed.file("folder"));
+    EXPECT_EQ("-  folder/\n", entries({mask(), "--only-dirs"}));
+}
+
+TEST_F(ToolLs, FolderThatMayNotBeReadIsAFailure) {
+    const std::string closed = listed.file("closed");
+    std::filesystem::create_directory(closed);
+    std::filesystem::permissions(closed, std::filesystem::perms::none);
+    std::error_code error;
+    const bool readable = std::filesystem::directory_iterator(closed, error) != std::filesystem::directory_iterator();
+    if (error) {
+        const ToolResult result = run({"ls", closed});
+        EXPECT_EQ(1, result.status);
+        EXPECT_EQ("", result.out);
+        EXPECT_EQ("velmora: nothing can be listed: " + closed + "\n", result.err);
+    }
+    std::filesystem::permissions(closed, std::filesystem::perms::owner_all);
+    if (readable || !error) GTEST_SKIP() << "every folder may be read";
+}
+#endif
+
 TEST_F(ToolLs, Forms) {
     listed.write("a", "12345");
     std::filesystem::create_directory(listed.file("b"));

@@ -214,6 +214,50 @@ TEST_F(ToolOutput, FullDeviceIsAFailure) {
     }
 }
 
+// Whatever a command writes, it tells that the disk has not taken it.
+TEST_F(ToolOutput, FullDeviceIsAFailureOfEveryCommand) {
+    if (!std::ofstream("/dev/full")) GTEST_SKIP() << "there is no /dev/full";
+    const std::string document = folder.write("a.xml", "<a b=\"1\"/>");
+    const std::string dictionary = folder.file("velmora.eng.lng");
+    const std::string xliff =
+        folder.write("a.xlf", "<xliff><file><trans-unit id=\"A\"><source>a</source></trans-unit></file></xliff>");
+    const std::string log = folder.write("log", "line\n");
+    const std::vector<std::vector<std::string>> commands = {
+        {"--help"},
+        {"--version"},
+        {"help", "--man"},
+        {"help", "--bash"},
+        {"check", document},
+        {"convert", document, "--to", "json"},
+        {"lng", "check", dictionary},
+        {"lng", "compile", xliff, "-o", folder.file("out.lng")},
+        {"lng", "dump", dictionary},
+        {"lng", "dump", dictionary, "--xliff"},
+        {"lng", "keys"},
+        {"lng", "keys", xliff},
+        {"ls", folder.path()},
+        {"ls", folder.path(), "--json"},
+        {"tail", log, "--once"},
+        {"tail", log},
+        {"walk", document},
+    };
+    for (std::vector<std::string> words : commands) {
+        SCOPED_TRACE(words[0] + ' ' + (words.size() > 1 ? words[1] : ""));
+        words.insert(words.begin(), {"--lang-dir", folder.path()});
+        const ToolResult result = startTool(folder, words, "/dev/full");
+        EXPECT_EQ(2, result.status);
+        EXPECT_EQ(0U, result.err.find("velmora: cannot write to standard output: ")) << result.err;
+    }
+    for (const std::vector<std::string>& words : {std::vector<std::string>{"convert", document, "--to", "json"},
+                                                  std::vector<std::string>{"lng", "compile", xliff}}) {
+        std::vector<std::string> line = words;
+        line.insert(line.end(), {"-o", "/dev/full"});
+        const ToolResult result = run(line);
+        EXPECT_EQ(2, result.status);
+        EXPECT_EQ(0U, result.err.find("[LCA__")) << result.err;
+    }
+}
+
 TEST_F(ToolOutput, LinesEndInALineFeedAlone) {
     const std::string path = folder.write("document.xml", "<a><b></a>");
     EXPECT_EQ(std::string::npos, run({"--help"}).out.find('\r'));

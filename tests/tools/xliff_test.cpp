@@ -18,6 +18,15 @@ Xliff read(const std::string& text) {
     return tool::readXliff(doc);
 }
 
+std::string write(const Xliff& xliff) {
+    std::string out;
+    tool::XliffWriter writer([&out](const std::string& piece) { out += piece; });
+    writer.begin(xliff);
+    for (const XliffUnit& unit : xliff.units) writer.unit(unit.id, unit.source, unit.target);
+    writer.end();
+    return out;
+}
+
 // The message with the place where the reader left the document.
 std::string failureOf(const std::string& text) {
     MLDoc doc;
@@ -144,7 +153,7 @@ TEST(XliffWrite, ReadsBackAsItWas) {
         unit.target = text;
         xliff.units.push_back(unit);
     }
-    const Xliff back = read(tool::writeXliff(xliff));
+    const Xliff back = read(write(xliff));
     EXPECT_EQ(xliff.original, back.original);
     EXPECT_EQ(xliff.sourceLanguage, back.sourceLanguage);
     EXPECT_EQ(xliff.targetLanguage, back.targetLanguage);
@@ -166,7 +175,7 @@ TEST(XliffWrite, LeavesOutEmptyAttributes) {
         "<xliff version=\"1.2\" xmlns=\"urn:oasis:names:tc:xliff:document:1.2\">\n"
         "  <file original=\"m\" datatype=\"plaintext\" xml:space=\"preserve\">\n    <body>\n    </body>\n  </file>\n"
         "</xliff>\n",
-        tool::writeXliff(xliff));
+        write(xliff));
 }
 
 }  // namespace
