@@ -33,7 +33,11 @@ const ExcerptRow rows[] = {
     {__LINE__, "\n", 0, "\n^\n"},
     {__LINE__, "a\tb\tc", 4, "a\tb\tc\n \t \t^\n"},
     {__LINE__, "a\tb", 1, "a\tb\n ^\n"},
-    {__LINE__, "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80x", 9, "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80x\n   ^\n"},
+    {__LINE__, "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80x", 9, "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80x\n    ^\n"},
+    {__LINE__, "\xE6\x97\xA5\xE6\x9C\xAC<", 6, "\xE6\x97\xA5\xE6\x9C\xAC<\n    ^\n"},
+    {__LINE__, "e\xCC\x81x", 3, "e\xCC\x81x\n ^\n"},
+    {__LINE__, "\xE2\x80\xAEx", 3, kReplacement + "x\n ^\n"},
+    {__LINE__, "\xED\xA0\x80x", 3, kReplacement + kReplacement + kReplacement + "x\n   ^\n"},
     {__LINE__, "\xC3\xA4\xE2\x82\xACx", 3, "\xC3\xA4\xE2\x82\xACx\n ^\n"},
     {__LINE__, "\xC3\xA4\xE2\x82\xACx", 4, "\xC3\xA4\xE2\x82\xACx\n ^\n"},
     {__LINE__, "\xEF\xBB\xBF<a", 3, "<a\n^\n"},
@@ -69,6 +73,11 @@ TEST(Excerpt, LongLinesAreCutAroundThePlace) {
     EXPECT_EQ(std::string(76, 'a') + "...\n^\n", tool::excerpt(line, 0));
     EXPECT_EQ("..." + std::string(49, 'b') + "\n" + std::string(51, ' ') + "^\n", tool::excerpt(line, 2000));
     EXPECT_EQ(std::string(76, 'c') + "\n" + std::string(48, ' ') + "^\n", tool::excerpt(std::string(76, 'c'), 48));
+    // Of characters that take two columns there are half as many.
+    std::string han, half;
+    while (han.size() < 3000) han += "\xE6\x97\xA5";
+    while (half.size() < 38 * 3) half += "\xE6\x97\xA5";
+    EXPECT_EQ("..." + half + "...\n" + std::string(51, ' ') + "^\n", tool::excerpt(han, 1500));
     std::string wide;
     for (int i = 0; i < 1000; ++i) wide += "\xE2\x82\xAC";
     std::string shown;
