@@ -627,6 +627,42 @@ TEST(CaseUtf8, AgreesWithTheSlowWayOnAllShortTexts) {
     }
 }
 
+// Runs of continuation bytes, which are read again from each byte that the walk comes to.
+TEST(CaseUtf8, AgreesWithTheSlowWayOnRunsOfContinuationBytes) {
+    CasePairs pairs;
+    GuardedRoom room;
+    auto expectSlowWay = [&](const std::string& text) {
+        char* p = room.put(text);
+        strup_utf8(p, room.end());
+        ASSERT_EQ(slowCase(text, chr_upper_table_utf16), std::string(p, room.end())) << testing::PrintToString(text);
+        p = room.put(text);
+        strlw_utf8(p, room.end());
+        ASSERT_EQ(slowCase(text, chr_lower_table_utf16), std::string(p, room.end())) << testing::PrintToString(text);
+    };
+    for (const std::string& text : allTexts({"a", "\x80", "\xB1", "\xC4", "\xE1"}, 6)) {
+        expectSlowWay(text);
+        if (HasFatalFailure()) return;
+    }
+    std::mt19937 random(160);
+    for (int round = 0; round < 1500; ++round) {
+        std::string text;
+        for (Size length = random() % 200; text.size() < length;) {
+            switch (random() % 4) {
+                case 0:
+                    text += static_cast<char>(random() % 128);
+                    break;
+                case 1:
+                    text += static_cast<char>(0xC0 + random() % 64);
+                    break;
+                default:
+                    for (Size more = random() % 9; more > 0; --more) text += static_cast<char>(0x80 + random() % 64);
+            }
+        }
+        expectSlowWay(text.substr(0, 200));
+        if (HasFatalFailure()) return;
+    }
+}
+
 TEST(CaseUtf8, FollowsTheTablesForEveryCharacterOfEqualLength) {
     for (unsigned c = 0; c < 65536; ++c) {
         std::string text = encode(c);

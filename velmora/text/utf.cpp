@@ -50,12 +50,19 @@ inline std::size_t encodedLength(utf16_t c) { return c > 0x7FF ? 3 : c > 0x7F ? 
 inline utf16_t upper(utf16_t c) { return chr_upper_table_utf16[static_cast<unsigned>(c)]; }
 
 // Reading and writing share one position, and the place behind what was read is dropped: a character that folds to
-// another encoded length puts the walk out of step, as the header warns.
+// another encoded length puts the walk out of step, as the header warns. So a run of continuation bytes is read again
+// and again, three bytes further on each time: its end is found once, and of its bytes the last three make the unit.
 void fold(char* p, const char* e, const utf16_t* table) {
+    constexpr int kBytesOfUnit = 3;  // continuation bytes that 16 bits have room for: earlier ones are shifted out
     if (!p) return;
+    const char* runEnd = p;  // where the continuation bytes that follow the one at `p` end, when that is behind `p`
     while (p < e) {
         utf16_t c;
-        decode(c, p, e);
+        if (runEnd - p > kBytesOfUnit) {
+            decode(c, runEnd - kBytesOfUnit, runEnd);
+        } else {
+            runEnd = decode(c, p, e);
+        }
         p = encode(table[static_cast<unsigned>(c)], p, e);
     }
 }
