@@ -693,6 +693,55 @@ TEST(Strfind, AgreesWithTheSlowWayOnLongTexts) {
     }
 }
 
+// Texts in which a pattern nearly matches everywhere: what it takes to make the plain walk give way, and all shapes of
+// patterns for the search that follows, with and without a period.
+TEST(Strfind, AgreesWithTheSlowWayWherePatternsNearlyMatchEverywhere) {
+    std::mt19937 random(20260411);
+    for (int round = 0; round < 200; ++round) {
+        // Words of Fibonacci's kind, powers of a short word, and either with a few bytes changed.
+        std::string word(1 + random() % 3, 'a');
+        if (random() % 2) word += 'b';
+        std::string shorter = "a";
+        std::string pattern = word;
+        const Size length = 20 + random() % 60;
+        while (pattern.size() < length) {
+            if (round % 2) {
+                std::string longer = pattern + shorter;
+                shorter = pattern;
+                pattern = longer;
+            } else {
+                pattern += word;
+            }
+        }
+        std::string text;
+        while (text.size() < 12 * pattern.size()) {
+            std::string piece = pattern.substr(0, pattern.size() - random() % 4);
+            if (random() % 3 == 0) piece[random() % piece.size()] = random() % 2 ? 'b' : 'A';
+            text += piece;
+        }
+        if (random() % 4 != 0) pattern[random() % 2 ? pattern.size() - 1 : random() % pattern.size()] = 'B';
+        if (random() % 2) text += pattern;
+        const GuardedBytes textBytes(text), patternBytes(pattern);
+        expectFindsLikeTheSlowWay(text, textBytes.begin(), pattern, patternBytes.begin());
+        if (HasFatalFailure()) return;
+    }
+}
+
+// Every pattern of up to 7 letters after so long a common begin that it is not the plain walk that finds or misses it.
+TEST(Strfind, AgreesWithTheSlowWayOnAllPatternsAfterALongBegin) {
+    const std::string begin(24, 'a');
+    std::mt19937 random(7);
+    for (const std::string& tail : allTexts({"a", "b"}, 7)) {
+        for (const std::string& pattern : {begin + tail, tail + begin, begin.substr(3) + tail + begin + tail}) {
+            std::string text;
+            for (int i = 0; i < 30; ++i) text += i % 3 ? begin : pattern.substr(0, pattern.size() - 1);
+            text.insert(text.size() - random() % 50, pattern);
+            expectFindsLikeTheSlowWay(text, text.data(), pattern, pattern.data());
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
 TEST(StrfindLast, CutsPathsAtSeparatorsAndDots) {
     const struct {
         int line;

@@ -1,5 +1,6 @@
 // Static tables from names to numbers and back. A table is an array that ends with a record whose first field is null;
 // names compare without regard to case, the first match wins, and values may repeat.
+// Cost of a look-up: the table is walked, and the text compared with each name of its length.
 //
 //     static PairTag colours[] = {{"red", 1}, {"green", 2}, {"blue", 4}, {}};
 //     colours->translate("GREEN", -1);   // 2

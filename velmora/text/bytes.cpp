@@ -1,6 +1,7 @@
 #include <velmora/text/bytes.h>
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 
 #include <velmora/text/utf.h>
@@ -30,14 +31,120 @@ void fold(Unit* b, const Unit* e, const Table& table) {
     }
 }
 
-// The walk of both pattern searches: candidates come from `next(from, limit)`, the rest is judged by `same`.
-template <class Next, class Same>
-char* findPattern(const char* s, std::size_t n, std::size_t pn, Next next, Same same) {
-    const char* limit = s + (n - pn) + 1;  // behind the last place where the pattern may start
+// How a search sees bytes: as they are, or folded. `of` gives what is compared, `find` the first byte in [b, e) that is the
+// same as `c`, `equal` whether `n` bytes are the same, and `common` how many of them are before the first that is not.
+struct AsTheyAre {
+    static unsigned char of(char c) { return static_cast<unsigned char>(c); }
+    static const char* find(const char* b, const char* e, char c) {
+        return strfind(b, static_cast<std::size_t>(e - b), c);
+    }
+    static bool equal(const char* a, const char* b, std::size_t n) { return std::memcmp(a, b, n) == 0; }
+    static std::size_t common(const char* a, const char* b, std::size_t n) {
+        std::size_t i = 0;
+        for (std::uint64_t eightOfA, eightOfB; n - i >= sizeof eightOfA; i += sizeof eightOfA) {
+            std::memcpy(&eightOfA, a + i, sizeof eightOfA);
+            std::memcpy(&eightOfB, b + i, sizeof eightOfB);
+            if (eightOfA != eightOfB) break;
+        }
+        while (i < n && a[i] == b[i]) ++i;
+        return i;
+    }
+};
+
+struct Folded {
+    static unsigned char of(char c) { return upper(c); }
+    static const char* find(const char* b, const char* e, char c) { return strfind_i_ascii(b, e, c); }
+    static bool equal(const char* a, const char* b, std::size_t n) { return streq_i_ascii(a, n, b, n); }
+    static std::size_t common(const char* a, const char* b, std::size_t n) {
+        std::size_t i = 0;
+        while (i < n && sameFolded(a[i], b[i])) ++i;
+        return i;
+    }
+};
+
+// The greatest suffix of a pattern by an order of bytes. Returns: its begin; `period` is its period.
+template <class Bytes, class Before>
+std::size_t greatestSuffix(const char* p, std::size_t pn, std::size_t& period, Before before) {
+    std::size_t suffix = 0, rival = 1, same = 0;
+    period = 1;
+    while (rival + same < pn) {
+        const unsigned char ofRival = Bytes::of(p[rival + same]), ofSuffix = Bytes::of(p[suffix + same]);
+        if (ofRival == ofSuffix) {
+            if (++same < period) continue;
+            rival += period;
+        } else if (before(ofRival, ofSuffix)) {
+            rival += same + 1;
+            period = rival - suffix;
+        } else {
+            suffix = rival++;
+            period = 1;
+        }
+        same = 0;
+    }
+    return suffix;
+}
+
+// The two-way search of Crochemore and Perrin: in linear time and without memory of its own. The pattern is cut where its
+// greatest suffix begins. Its right part is compared forwards, and then its left part backwards; a difference on the right
+// moves the pattern behind the byte that differs, one on the left moves it by its period.
+// Requires: 0 < pn <= n.
+template <class Bytes>
+char* findTwoWay(const char* s, std::size_t n, const char* p, std::size_t pn) {
+    std::size_t period, otherPeriod;
+    std::size_t cut = greatestSuffix<Bytes>(p, pn, period, std::less<>());
+    const std::size_t otherCut = greatestSuffix<Bytes>(p, pn, otherPeriod, std::greater<>());
+    if (otherCut >= cut) {
+        cut = otherCut;
+        period = otherPeriod;
+    }
+    // What the pattern keeps of a match of its right part when it moves by its period.
+    std::size_t keeps = 0;
+    if (Bytes::equal(p, p + period, cut)) {
+        keeps = pn - period;
+    } else {
+        period = (cut > pn - cut ? cut : pn - cut) + 1;  // not the pattern's own, but it cannot match earlier
+    }
+    std::size_t known = 0;  // bytes of the pattern that are known to match at `s`
+    for (const char* const last = s + (n - pn); s <= last;) {
+        std::size_t i = cut > known ? cut : known;
+        i += Bytes::common(s + i, p + i, pn - i);
+        if (i < pn) {
+            s += i - cut + 1;
+            known = 0;
+            continue;
+        }
+        for (i = cut; i > known && Bytes::of(s[i - 1]) == Bytes::of(p[i - 1]);) --i;
+        if (i <= known) return const_cast<char*>(s);
+        s += period;
+        known = keeps;
+    }
+    return nullptr;
+}
+
+// The walk of both pattern searches. The plain one is the fastest on ordinary text. It is slow where the text is full of
+// places at which much of a long pattern matches: so it counts the bytes that matched in vain, and gives way in time.
+// Requires: 0 < pn <= n.
+template <class Bytes>
+char* findPattern(const char* s, std::size_t n, const char* p, std::size_t pn) {
+    constexpr std::size_t freeBytes = 16;  // compared at each place without being counted
+    constexpr std::size_t patience = 4;    // bytes in vain for each byte of text and pattern
+    const char* const end = s + n;
+    const char* const limit = end - pn + 1;  // after the last place where the pattern may start
+    const std::size_t rest = pn - 1;
+    const std::size_t head = rest < freeBytes ? rest : freeBytes;
+    std::size_t inVain = 0;
     for (const char* from = s; from < limit; ++from) {
-        from = next(from, limit);
+        from = Bytes::find(from, limit, p[0]);
         if (!from) return nullptr;
-        if (same(from + 1)) return const_cast<char*>(from);
+        if (!Bytes::equal(from + 1, p + 1, head)) continue;
+        if (head == rest) return const_cast<char*>(from);
+        const std::size_t tail = rest - head;
+        const std::size_t same = Bytes::common(from + 1 + head, p + 1 + head, tail);
+        if (same == tail) return const_cast<char*>(from);
+        inVain += same;
+        if (inVain / patience > static_cast<std::size_t>(from - s) + pn) {
+            return findTwoWay<Bytes>(from, static_cast<std::size_t>(end - from), p, pn);
+        }
     }
     return nullptr;
 }
@@ -160,17 +267,13 @@ char* strfind(const char* s, std::size_t n, const char* p, std::size_t pn) {
     if (!s || !p || pn == 0 || n == 0) return const_cast<char*>(s) + n;
     if (pn > n) return nullptr;
     if (pn == 1) return strfind(s, n, p[0]);
-    return findPattern(
-        s, n, pn,
-        [p](const char* from, const char* limit) {
-            return strfind(from, static_cast<std::size_t>(limit - from), p[0]);
-        },
-        [p, pn](const char* rest) { return std::memcmp(rest, p + 1, pn - 1) == 0; });
+    return findPattern<AsTheyAre>(s, n, p, pn);
 }
 
 char* strfind_i_ascii(const char* b, const char* e, char c) {
+    const unsigned char wanted = upper(c);
     for (; b < e; ++b) {
-        if (upper(*b) == upper(c)) return const_cast<char*>(b);
+        if (upper(*b) == wanted) return const_cast<char*>(b);
     }
     return nullptr;
 }
@@ -178,9 +281,7 @@ char* strfind_i_ascii(const char* b, const char* e, char c) {
 char* strfind_i_ascii(const char* s, std::size_t n, const char* p, std::size_t pn) {
     if (!s || !p || pn == 0) return const_cast<char*>(s) + n;
     if (pn > n) return nullptr;
-    return findPattern(
-        s, n, pn, [p](const char* from, const char* limit) { return strfind_i_ascii(from, limit, p[0]); },
-        [p, pn](const char* rest) { return streq_i_ascii(rest, pn - 1, p + 1, pn - 1); });
+    return findPattern<Folded>(s, n, p, pn);
 }
 
 const char* strfind_last_path_item(const char* b, const char* e) {

@@ -154,6 +154,7 @@ public:
 
     // The first occurrence; null if there is none. Warning: an empty pattern is found at `end`, and so is any
     // pattern in an empty view that is not null.
+    // Cost: time linear in both lengths, for all searches but those of find_i_utf8, see strfind_i_utf8.
     char* find(const ChPair& s) const { return strfind(begin, size(), s.begin, s.size()); }
     char* find(char c) const { return strfind(begin, size(), c); }
     char* find(const char* s) const { return find(ChPair(s)); }
@@ -273,6 +274,7 @@ public:
     // Names with blanks between them, combined. An empty view: 0. Unknown names are passed over unless `strict`.
     // Throws: LCA__Invalid_flag_s with the name as written; LCA__Deprecated_flag_s with the table's first name of a
     // value that has a bit of `deprecated`. Warning: with `deprecated` not 0 an unknown name counts as -1, deprecated.
+    // Cost: the product of view and table in the worst case, since each name walks the table.
     unsigned parseFlags(const PairTag* tags, int deprecated, bool strict) const;
 
     // The view as a time; see the parsers in timetext.h for the forms.

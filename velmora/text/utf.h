@@ -5,6 +5,7 @@
 // Nothing here reports an error or allocates. Every byte sequence decodes to something: a byte from 0x80 up starts a
 // sequence with its low five bits, and takes in all continuation bytes (10xxxxxx) that follow. strchk_utf8 alone
 // judges. Output that does not fit is cut where the room ends, in the middle of a character if need be.
+// Cost: time linear in the arguments, with the one exception of strfind_i_utf8.
 #ifndef VELMORA_TEXT_UTF_H
 #define VELMORA_TEXT_UTF_H
 
@@ -50,6 +51,7 @@ VELMORA_API int strcmp_i_utf8(const char* b1, const char* e1, const char* b2, co
 
 // The first place of a pattern without regard to case; null if there is none. An empty pattern is found at `e`.
 // A match whose case forms differ in encoded length is not found.
+// Cost: in the worst case the product of both lengths, where much of the pattern matches at many places.
 VELMORA_API char* strfind_i_utf8(const char* b, const char* e, const char* pb, const char* pe);
 
 #endif
