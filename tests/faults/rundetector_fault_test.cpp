@@ -351,6 +351,17 @@ TEST_F(RunDetectorFault, OnlyLeftoversAreRemoved) {
     EXPECT_EQ("kept", folder.read("target"));
 }
 
+// The held file may have such a name of its own, when the path is a link to it.
+TEST_F(RunDetectorFault, HeldFileIsNoLeftover) {
+    folder.write("lock.1.2", "");
+    std::filesystem::create_symlink("lock.1.2", folder.file("lock"));
+    RunDetector run(base.c_str(), "lock");
+    ASSERT_TRUE(run.lock());
+    EXPECT_EQ((Names{"lock", "lock.1.2"}), names());
+    EXPECT_EQ(RunDetector::Running, state());
+    EXPECT_FALSE(RunDetector(base.c_str(), "lock").lock());
+}
+
 // A run that does not get the lock has no say.
 TEST_F(RunDetectorFault, RefusedRunRemovesNothing) {
     RunDetector holder(base.c_str(), "lock");
