@@ -386,20 +386,22 @@ TEST_F(RunDetectorFault, LeftoversOfARelativePathAreRemoved) {
 
 // The file beside the lock is made, never taken: a link in its place leads nobody to another file.
 TEST_F(RunDetectorFault, FileBesideTheLockIsMadeAnew) {
-    unsigned last = 0;
+    // The names are numbered, so the next ones follow from one that stays.
+    const std::string start = "lock." + std::to_string(getpid()) + ".";
+    Names made;
     {
-        const AllFail fail({"open O_TMPFILE", "unlink"}, EIO);
+        const AllFail fail({"open O_TMPFILE", "unlink", "unlinkat"}, EIO);
         RunDetector run(base.c_str(), "lock");
         ASSERT_TRUE(run.lock());
-        const std::string start = "lock." + std::to_string(getpid()) + ".";
-        for (const std::string& name : names()) {
-            if (name.find(start) == 0) last = static_cast<unsigned>(std::stoul(name.substr(start.size())));
-        }
+        made = names();
     }
-    for (const std::string& name : names()) std::filesystem::remove(folder.file(name));
+    ASSERT_EQ(2U, made.size());
+    ASSERT_EQ(0U, made[1].find(start));
+    const unsigned long last = std::stoul(made[1].substr(start.size()));
+    for (const std::string& name : made) std::filesystem::remove(folder.file(name));
     Names links;
-    for (unsigned i = last + 1; i < last + 4; ++i) {
-        links.push_back("lock." + std::to_string(getpid()) + "." + std::to_string(i));
+    for (unsigned long i = last + 1; i < last + 4; ++i) {
+        links.push_back(start + std::to_string(i));
         std::filesystem::create_symlink("victim", folder.file(links.back()));
     }
     const AllFail fail({"open O_TMPFILE"}, EOPNOTSUPP);
