@@ -68,44 +68,41 @@ void MLDoc::warnSuspiciousAttribute(const Token*, const Attribute*) const {}
 // Of a load's arguments the name may lie in what the document holds, which is released only after the name is copied.
 
 void MLDoc::load(const char* path) {
+    LoadGuard guard(*this);
     fileName = path;
     release();
     ArrayHolder<char> block;
     length = static_cast<std::uint32_t>(UTF8File::load(fileName.data, block, kMostBytes, false));
     buffer = block.steal();
-    LoadGuard guard(*this);
     guessFormat(fileName.data);
     guard.done();
 }
 
 void MLDoc::load(const char* name, const char* data, int size) {
+    LoadGuard guard(*this);
     fileName = name;
     const auto bytes = static_cast<std::uint32_t>(size);
-    const bool refused = bytes > kMostBytes;
+    if (bytes > kMostBytes) {
+        length = bytes;
+        return refuse(fileName.data, LCA__Too_big_file);
+    }
     ArrayHolder<char> block;
-    if (!refused && velmora::detail::liesIn(data, buffer, length)) block.data = copyOf(data, bytes);
+    if (velmora::detail::liesIn(data, buffer, length)) block.data = copyOf(data, bytes);
     release();
     length = bytes;
-    if (refused) return refuse(fileName.data, LCA__Too_big_file);
-    if (!block.data) block.data = copyOf(data, bytes);
-    buffer = block.steal();
-    LoadGuard guard(*this);
+    buffer = block.data ? block.steal() : copyOf(data, bytes);
     guessFormat(fileName.data);
     guard.done();
 }
 
 void MLDoc::load(const char* name, Bag& bag) {
-    if (bag.size > static_cast<int>(kMostBytes)) {
-        const ChArr copy(name);
-        release();
-        return refuse(copy.data, LCA__Too_big_file);
-    }
+    LoadGuard guard(*this);
+    if (bag.size > static_cast<int>(kMostBytes)) return refuse(name, LCA__Too_big_file);
     fileName = name;
     release();
     int size;
     buffer = bag.steal(size);
     length = static_cast<std::uint32_t>(size);
-    LoadGuard guard(*this);
     guessFormat(fileName.data);
     guard.done();
 }

@@ -92,7 +92,7 @@ void MLDocOut::end() {
 }
 
 void MLDocOut::writeLn(const char* s) {
-    Stage stage(*this);
+    Stage stage(*this, s);
     stage.add(ChPair(s), lineEnd());
     stage.flush();
 }

@@ -18,7 +18,7 @@
 // Warning: in compact JSON a child behind an attribute still starts a line. In CSV, the separator of an item crosses
 // into the one nested in it. A second JSON document after end starts with the last root's name as its sibling.
 // Failure: a TTT by key; the document is then to be abandoned. Failures of a sink pass through.
-// Threads: one at a time.
+// Threads: one at a time for a writer and its sink.
 #ifndef VELMORA_MARKUP_MLDOCOUT_H
 #define VELMORA_MARKUP_MLDOCOUT_H
 
@@ -40,7 +40,8 @@ struct PairTag;
 
 class VELMORA_API MLDocOut : public MLDocBase {
 public:
-    // Where the bytes go. Not deleted through this class.
+    // Where the bytes go. Neither this class nor the two sinks have a virtual destructor: own a sink by its own type, as a
+    // variable or by std::unique_ptr<BagWriter>, and never delete one through Writer, UTF8File or Bag.
     class VELMORA_API Writer {
     public:
         virtual void write_doc(const char* data, int size) = 0;
@@ -60,7 +61,8 @@ public:
         void end_doc() override;
     };
 
-    // Collects the document in a Bag.
+    // Collects the document in a Bag. Names and texts that are written may be parts of that Bag. A class derived from this
+    // one gets every byte through its write_doc.
     class VELMORA_API BagWriter : public Writer, public Bag {
     public:
         void write_doc(const char* text, int n) override;
@@ -163,7 +165,7 @@ public:
     void writeFlagsAttr(const char* name, unsigned v, const PairTag* tags);
 
     // Escape a text by a function, by this object's, or by that of two forms. A ChArr is replaced, and null for an empty
-    // text; to a Bag the bytes are appended at its cursor, without a terminator.
+    // text; to a Bag the bytes are appended at its cursor, without a terminator. The text may be a part of either.
     static void escapeString(Escape fn, const ChPair& s, ChArr& out);
     static void escapeString(Escape fn, const ChPair& s, Bag& out);
     void escapeString(const ChPair& s, ChArr& out) { escapeString(escape, s, out); }

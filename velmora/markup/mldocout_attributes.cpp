@@ -47,7 +47,7 @@ bool mayBeginPlain(char c) {
 bool MLDocOut::leavesOut(bool nothing, bool skip) const { return nothing && skip && format != HTML && format != CSV; }
 
 void MLDocOut::writeAttrName(const char* name) {
-    Stage stage(*this);
+    Stage stage(*this, name);
     addName(stage, name);
     stage.flush();
 }
@@ -96,16 +96,18 @@ void MLDocOut::addName(Stage& stage, const char* name) {
 void MLDocOut::addQuoted(Stage& stage, const ChPair& v) { stage.add('"', v, '"'); }
 
 void MLDocOut::writeSimpleAttr(const char* name, const ChPair& v) {
+    if (v.end < v.begin) return writeSimpleAttr(name, ChPair());  // a stale view
     if (format == YAML && v.empty()) return writeEmptyAttr(name);
     if (format != JSON) return writeSimplestAttr(name, v);
-    Stage stage(*this);
+    Stage stage(*this, name, v.begin);
     addName(stage, name);
     addQuoted(stage, v);
     stage.flush();
 }
 
 void MLDocOut::writeSimplestAttr(const char* name, const ChPair& v) {
-    Stage stage(*this);
+    if (v.end < v.begin) return writeSimplestAttr(name, ChPair());
+    Stage stage(*this, name, v.begin);
     addName(stage, name);
     switch (format) {
         case XML:
@@ -128,7 +130,7 @@ void MLDocOut::writeSimplestAttr(const char* name, const ChPair& v) {
 }
 
 void MLDocOut::writeEmptyAttr(const char* name) {
-    Stage stage(*this);
+    Stage stage(*this, name);
     addName(stage, name);
     switch (format) {
         case XML:
@@ -148,8 +150,9 @@ void MLDocOut::writeEmptyAttr(const char* name) {
 }
 
 void MLDocOut::writeStrAttr(const char* name, const ChPair& v, bool skipEmpty) {
+    if (v.end < v.begin) return writeStrAttr(name, ChPair(), skipEmpty);
     if (leavesOut(v.empty(), skipEmpty)) return;
-    Stage stage(*this);
+    Stage stage(*this, name, v.begin);
     addName(stage, name);
     switch (format) {
         case XML:
@@ -272,7 +275,10 @@ void MLDocOut::writeEnumAttr(const char* name, unsigned v, const PairTag* tags) 
 }
 
 void MLDocOut::writeFlagsAttr(const char* name, unsigned v, const PairTag* tags) {
-    Stage stage(*this);
+    Stage stage(*this, name);
+    for (const PairTag* tag = tags; tag->name; ++tag) {
+        if ((v & static_cast<unsigned>(tag->value)) != 0) stage.expect(tag->name);
+    }
     addName(stage, name);
     if (format == HTML) {
         stage.add(Literal("<td>"));

@@ -3,11 +3,13 @@
 
 #include <cstring>
 #include <memory>
+#include <string>
 
 #include <velmora/markup/mldocout.h>
 #include <velmora/markup/mldocout_stage.h>
 #include <velmora/markup/scan.h>
 #include <velmora/text/charr.h>
+#include <velmora/text/overlap.h>
 
 namespace {
 
@@ -44,9 +46,11 @@ const char* findJsonYaml(const char* p, const char* end) {
         p, end, marksJsonYaml, [](char c) { return c == '"' || c == '\\' || static_cast<unsigned char>(c) < 0x20; });
 }
 
-// The bytes that the library's two functions replace are known; a client's own function is asked for each.
+// The bytes that the library's two functions replace are known; a client's own function is asked for each. A stale view
+// may end before it begins.
 template <class Take>
 void escapeText(MLDocOut::Escape function, const ChPair& s, Take take) {
+    if (s.end < s.begin) return;
     if (function == velmora::detail::escapeXmlHtml) {
         escapeStretches(function, findXmlHtml, s, take);
     } else if (function == velmora::detail::escapeJsonYaml) {
@@ -108,17 +112,25 @@ const char* escapeJsonYaml(char c, int& length) {
 void MLDocOut::escapeString(Escape fn, const ChPair& s, ChArr& out) {
     std::size_t size = 0;
     escapeText(fn, s, [&](const char*, int n) { size += static_cast<std::size_t>(n); });
-    const std::unique_ptr<char[]> former(out.steal());  // the text may lie in it
-    if (size == 0) return;
-    char* p = out.data = new char[size + 1];
-    escapeText(fn, s, [&](const char* text, int n) {
-        std::memcpy(p, text, static_cast<std::size_t>(n));
-        p += n;
-    });
-    *p = 0;
+    std::unique_ptr<char[]> escaped;
+    if (size != 0) {
+        escaped.reset(new char[size + 1]);
+        char* p = escaped.get();
+        escapeText(fn, s, [&](const char* text, int n) {
+            std::memcpy(p, text, static_cast<std::size_t>(n));
+            p += n;
+        });
+        *p = 0;
+    }
+    const std::unique_ptr<char[]> former(out.steal());  // not earlier: the text may lie in it
+    out.data = escaped.release();
 }
 
 void MLDocOut::escapeString(Escape fn, const ChPair& s, Bag& out) {
+    if (s.begin < s.end && velmora::detail::liesIn(s.begin, out.data, out.bufferSize)) {
+        const std::string copy(s.begin, s.end);
+        return escapeString(fn, ChPair(copy), out);
+    }
     escapeText(fn, s, [&](const char* text, int n) { out.putData(text, n); });
 }
 

@@ -42,7 +42,7 @@ void MLDocOut::beginItem(const char* name) {
 
 void MLDocOut::beginItemXml(const char* name) {
     if (has(InContent)) throw TTT(VELMORA_DICT, LCA__Attempt_start_nested_token);
-    Stage stage(*this);
+    Stage stage(*this, name);
     if (has(TagOpen)) stage.add('>', lineEnd());
     stage.add(indentRun(), '<', ChPair(name));
     stage.flush();
@@ -57,7 +57,7 @@ void MLDocOut::openJsonArray(Stage& stage, const char* name) {
 }
 
 void MLDocOut::beginItemJson(const char* name) {
-    Stage stage(*this);
+    Stage stage(*this, name);
     if (depth == 0) {
         stage.add(has(CompactMode) ? compactIndentRun() : indentRun());
         addPieces(stage, {"\"", name, "\": "});
@@ -87,7 +87,7 @@ void MLDocOut::beginItemJson(const char* name) {
 void MLDocOut::beginItemYaml(const char* name) {
     bool sequenceGoesOn = depth != 0 && lastName.count != 0 && lastName == name;
     if (!sequenceGoesOn) {
-        Stage stage(*this);
+        Stage stage(*this, name);
         if (depth != 0 && (lastName.count != 0 || has(NeedSeparator))) {
             stage.add(indentRun());
         } else if (depth != 0) {
@@ -153,7 +153,7 @@ void MLDocOut::endItem(const char* name) {
 
 void MLDocOut::endItemXml(const char* name) {
     --indent;
-    Stage stage(*this);
+    Stage stage(*this, name);
     if (has(TagOpen)) {
         clear(TagOpen);
         if (!has(CompactMode)) stage.add(lineEnd(), indentRun());
@@ -173,8 +173,10 @@ void MLDocOut::endItemXml(const char* name) {
 
 void MLDocOut::endItemJson(const char* name) {
     --indent;
+    const bool inArray = lastName.count != 0;
+    keepName(name);  // before anything is written: it may lie in the sink
     Stage stage(*this);
-    if (lastName.count != 0) {
+    if (inArray) {
         stage.add(lineEnd(), indentRun(), ']', lineEnd());
         --indent;
         stage.add(indentRun());
@@ -185,6 +187,5 @@ void MLDocOut::endItemJson(const char* name) {
     }
     stage.add('}');
     stage.flush();
-    keepName(name);
     set(NeedSeparator);
 }

@@ -4,11 +4,14 @@
 #define VELMORA_MARKUP_MLDOCOUT_STAGE_H
 
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <memory>
 #include <typeinfo>
 
 #include <velmora/markup/mldocout.h>
 #include <velmora/markup/scan.h>
+#include <velmora/text/overlap.h>
 
 // The parts that an entry is made of; a ChPair and a char are the others. Each says how long it is, and puts itself where there
 // is room for it and Run::kSlack bytes more.
@@ -62,16 +65,35 @@ class MLDocOut::Stage {
 public:
     static constexpr int kMostFormatted = 4096;  // bytes of one formatted text
 
-    explicit Stage(MLDocOut& out) : out_(out), bag_(bagOf(out)), begin_(text_), end_(text_) {
-        if (bag_) begin_ = end_ = bag_->data + bag_->cursor;
+    // `first` and `second` are the texts of the call: what is written may be a part of the sink.
+    explicit Stage(MLDocOut& out, const char* first = nullptr, const char* second = nullptr)
+        : out_(out), bag_(bagOf(out)), begin_(text_), end_(text_), texts_{first, second} {
+        if (!bag_) return;
+        if (isOwn(first) || isOwn(second)) {
+            bag_ = nullptr;  // what is put in place could fall on them
+        } else {
+            begin_ = end_ = bag_->data + bag_->cursor;
+        }
     }
     Stage(const Stage&) = delete;
     void operator=(const Stage&) = delete;
 
+    // A further text of the call. Requires: nothing has been added.
+    void expect(const char* text) {
+        if (bag_ && isOwn(text)) {
+            bag_ = nullptr;
+            begin_ = end_ = text_;
+        }
+        hasManyTexts_ = true;
+    }
+
     void addBytes(const char* s, int n) {
         if (n > room()) {
-            flush();
-            if (n > room()) return out_.write(s, n);
+            passOn();
+            if (n > room()) {
+                if (!held_) return out_.write(s, n);
+                return held_->putData(s, n);
+            }
         }
         end_ = putBytes(end_, s, n);
     }
@@ -98,6 +120,34 @@ public:
 
     // Must come last: nothing is written by itself.
     void flush() {
+        if (!held_) return release();
+        hold();
+        out_.write(held_->data, held_->size);
+        held_.reset();
+    }
+
+private:
+    static constexpr int kRoom = 512;
+
+    // Before the rest of a long call. What a growing sink releases must not hold the texts of that rest: if they are the
+    // sink's own, all of the call is held back until its end.
+    void passOn() {
+        if (!hasAsked_ && textsLieInSink()) held_ = std::make_unique<Bag>();
+        hasAsked_ = true;
+        if (held_) {
+            hold();
+        } else {
+            release();
+        }
+    }
+
+    void hold() {
+        held_->putData(begin_, static_cast<int>(end_ - begin_));
+        bag_ = nullptr;
+        begin_ = end_ = text_;
+    }
+
+    void release() {
         const int n = static_cast<int>(end_ - begin_);
         if (n != 0 && bag_) {
             bag_->cursor += n;
@@ -109,8 +159,18 @@ public:
         begin_ = end_ = text_;
     }
 
-private:
-    static constexpr int kRoom = 512;
+    bool isOwn(const char* text) const {
+        return reinterpret_cast<std::uintptr_t>(text) - reinterpret_cast<std::uintptr_t>(bag_->data) <
+               static_cast<std::uintptr_t>(bag_->bufferSize);
+    }
+
+    bool textsLieInSink() const {
+        const Bag* bag = dynamic_cast<BagWriter*>(out_.writer);
+        if (!bag) return false;
+        using velmora::detail::liesIn;
+        return hasManyTexts_ || liesIn(texts_[0], bag->data, bag->bufferSize) ||
+               liesIn(texts_[1], bag->data, bag->bufferSize);
+    }
 
     static std::ptrdiff_t lengthOf(char) { return 1; }
     static std::ptrdiff_t lengthOf(const ChPair& s) { return s.len(); }
@@ -169,7 +229,7 @@ private:
     void addAlone(const Run& run) { addBytes(run.from, run.n); }
     template <class Part>
     void addAlone(const Part& part) {
-        if (lengthOf(part) > room()) flush();
+        if (lengthOf(part) > room()) passOn();
         end_ = put(end_, part);
     }
 
@@ -177,6 +237,10 @@ private:
     Bag* bag_;  // not null: the bytes are put in place, behind its cursor, and no one sees them before flush
     char* begin_;
     char* end_;
+    const char* texts_[2];
+    bool hasManyTexts_ = false;
+    bool hasAsked_ = false;      // whether the texts lie in the sink, which only a long call has to know
+    std::unique_ptr<Bag> held_;  // what a call has to say, if they do
     char text_[kRoom + Run::kSlack];
 };
 
