@@ -39,7 +39,8 @@ bool isIn(const Range (&ranges)[N], char32_t code) {
 
 bool isContinuation(char c) { return (c & 0xC0) == 0x80; }
 
-// The line, or so much of it as may be shown, without its end and without the mark of UTF-8 that may open a document, which takes no column.
+// The line, or so much of it as may be shown, without its end and without the mark of UTF-8 that may open a document,
+// which takes no column.
 ChPair lineAround(const ChPair& text, const char* place) {
     const char* begin = place;
     while (begin != text.begin && place - begin < kLook && begin[-1] != '\n') --begin;

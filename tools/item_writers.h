@@ -17,8 +17,8 @@ namespace tool {
 // The name of the attribute that a text becomes where items have no content.
 constexpr const char* kTextName = "text";
 
-// Writes a value. One that is not `plain` gets the escapes of jsonText in JSON, YAML and CSV, as the writer's own leave most
-// control bytes as they are.
+// Writes a value. One that is not `plain` gets the escapes of jsonText in JSON, YAML and CSV, as the writer's own
+// leave most control bytes as they are.
 void writeText(MLDocOut& out, const char* name, const std::string& text, bool plain);
 
 // What must be known of a document before it is written: it is walked once with this.

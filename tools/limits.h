@@ -1,5 +1,5 @@
-// How much the tool makes of its input. Indentation, empty columns and texts that share their bytes let a small file ask for a
-// result without measure.
+// How much the tool makes of its input. Indentation, empty columns and texts that share their bytes let a small file
+// ask for a result without measure.
 #ifndef VELMORA_TOOLS_LIMITS_H
 #define VELMORA_TOOLS_LIMITS_H
 

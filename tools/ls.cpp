@@ -56,8 +56,8 @@ void setFilter(ZFindFile& find, const Arguments& arguments) {
 // Returns: 0, or the number of the system's error when not all entries could be read.
 int read(ZFindFile& find, std::vector<Entry>& entries) {
     for (;;) {
-        errno = 0;  // which next() leaves alone at the true end
-        if (!find.next()) return errno;
+        errno = 0;  // and so it is at the true end, or ENOENT where the runtime's own call tells the end by it
+        if (!find.next()) return errno == ENOENT ? 0 : errno;
         entries.push_back(Entry{find.getName(), find.getSize(), find.getTime(), find.attributes});
     }
 }

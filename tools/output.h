@@ -1,6 +1,6 @@
-// The two streams of the tool. Everything that it writes goes through here, so that bytes of unknown origin cannot speak to
-// a terminal. What goes to standard output may be long, so its first failure is remembered and told once, at the end; standard
-// error is written line by line behind what standard output holds by then.
+// The two streams of the tool. Everything that it writes goes through here, so that bytes of unknown origin cannot
+// speak to a terminal. What goes to standard output may be long, so its first failure is remembered and told once, at
+// the end; standard error is written line by line behind what standard output holds by then.
 #ifndef VELMORA_TOOLS_OUTPUT_H
 #define VELMORA_TOOLS_OUTPUT_H
 
@@ -21,8 +21,9 @@ inline void putDocument(const std::string& bytes) { putDocument(bytes.data(), by
 // Writes out what is held by now. Returns: whether standard output has taken everything so far.
 bool flushOutput();
 
-// Writes a message to standard error, as one line whatever is in it, and made fit for a terminal also where there is none. Its
-// line feed is added. Below it may come lines that show what it is about; those keep their line feeds and tabs.
+// Writes a message to standard error, as one line whatever is in it, and made fit for a terminal also where there is
+// none. Its line feed is added. Below it may come lines that show what it is about; those keep their line feeds and
+// tabs.
 void complain(const std::string& message, const std::string& lines = std::string());
 
 // Writes out what is still held. Returns: `status`, or 2 when standard output could not take everything.

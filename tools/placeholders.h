@@ -14,8 +14,8 @@ struct Placeholders {
     std::vector<std::string> sequential;  // "%d", "%s" and so on, in order; %lld is kept as %ld, which means the same
     std::set<int> positional;             // the numbers of %{n}; showing one twice takes no second parameter
 
-    // As a list for a message: "%s %d", "%{1} %{2}", "none". Of those in order there are at most 32, and the number of the
-    // rest.
+    // As a list for a message: "%s %d", "%{1} %{2}", "none". Of those in order there are at most 32, and the number
+    // of the rest.
     std::string list() const;
 };
 

@@ -26,9 +26,9 @@ bool isUtf8(const ChPair& text);
 // Whether a byte is a control character of ASCII, which would end the line or speak to the terminal.
 bool isControl(char c);
 
-// Whether a character is shown, and does nothing else to a terminal: no control character (to U+001F, U+007F to U+009F),
-// no end of a line or a paragraph (U+2028, U+2029), and none that reorders what stands around it, so that a name would
-// look like another one (U+061C, U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069).
+// Whether a character is shown, and does nothing else to a terminal: no control character (to U+001F, U+007F to
+// U+009F), no end of a line or a paragraph (U+2028, U+2029), and none that reorders what stands around it, so that a
+// name would look like another one (U+061C, U+200E, U+200F, U+202A to U+202E, U+2066 to U+2069).
 bool isPrintable(char32_t code);
 
 // Whether all of the text is printable characters.
@@ -38,16 +38,16 @@ bool isPrintable(const ChPair& text);
 // as \n, \r, \t or \xHH.
 std::string shown(const ChPair& text);
 
-// The text for a terminal: line feeds, CR LF, tabs and printable characters as they stand. The bytes of all else are shown as
-// \n, \r, \t or \xHH, but two surrogates that the library made of one character become that character again.
+// The text for a terminal: line feeds, CR LF, tabs and printable characters as they stand. The bytes of all else are
+// shown as \n, \r, \t or \xHH, but two surrogates that the library made of one character become that character again.
 std::string shownOnTerminal(const ChPair& text);
 
-// The text in double quotes, with '"' and '\' behind a backslash, and the bytes of what is not printable shown like control
-// bytes: what is shown can be turned back.
+// The text in double quotes, with '"' and '\' behind a backslash, and the bytes of what is not printable shown like
+// control bytes: what is shown can be turned back.
 std::string quoted(const ChPair& text);
 
-// The text for between the quotes of a string in JSON, which is also one in YAML: with the escapes of JSON, also for what is not
-// printable, and with U+FFFD for each byte that is no UTF-8. Surrogates are as above.
+// The text for between the quotes of a string in JSON, which is also one in YAML: with the escapes of JSON, also for
+// what is not printable, and with U+FFFD for each byte that is no UTF-8. Surrogates are as above.
 std::string jsonText(const ChPair& text);
 
 }  // namespace tool

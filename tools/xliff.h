@@ -37,8 +37,8 @@ struct Xliff {
 // Reads a loaded document. Throws: TTT with the key or the text alone; the place is the document's position.
 Xliff readXliff(MLDoc& doc);
 
-// A document in pieces, each for `take` as soon as it is made: what stands around the units, whose list is not looked at, and
-// each unit with its source and its target written out.
+// A document in pieces, each for `take` as soon as it is made: what stands around the units, whose list is not looked
+// at, and each unit with its source and its target written out.
 class XliffWriter {
 public:
     using Take = std::function<void(const std::string& piece)>;
