@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <limits>
 #include <random>
 #include <regex>
@@ -707,6 +708,9 @@ struct DoubleRow {
     double value;
 };
 
+constexpr double kUntouched = 12345.678;
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
 const DoubleRow doubleRows[] = {
     {__LINE__, "0", true, 0.0},
     {__LINE__, "1", true, 1.0},
@@ -740,9 +744,63 @@ const DoubleRow doubleRows[] = {
     {__LINE__, "- 1", false, 0},
     {__LINE__, "10H", false, 0},
     {__LINE__, "word", false, 0},
+    {__LINE__, " \t\n\v\f\r1.5", true, 1.5},
+    {__LINE__,
+     "\xA0"
+     "1.5",
+     false, 0},
+    {__LINE__, "+-1", false, 0},
+    {__LINE__, "--1", false, 0},
+    {__LINE__, "+.5e0", true, 0.5},
+    {__LINE__, "1e+", false, 0},
+    {__LINE__, "1e99999999999999999999", false, 0},
+    {__LINE__, "0e99999999999999999999", true, 0.0},
+    {__LINE__, "0e-99999999999999999999", true, 0.0},
+    // Words and base 16.
+    {__LINE__, "inf", true, kInfinity},
+    {__LINE__, "-INFinity", true, -kInfinity},
+    {__LINE__, "infinit", false, 0},
+    {__LINE__, "nan(", false, 0},
+    {__LINE__, "nan(1-)", false, 0},
+    {__LINE__, "0x10", true, 16.0},
+    {__LINE__, "-0X1.8p1", true, -3.0},
+    {__LINE__, "0x.8", true, 0.5},
+    {__LINE__, "0x1.", true, 1.0},
+    {__LINE__, "0x1P-4", true, 0.0625},
+    {__LINE__, "0x", false, 0},
+    {__LINE__, "0x.", false, 0},
+    {__LINE__, "0x1p", false, 0},
+    {__LINE__, "0x-1", false, 0},
+    {__LINE__, "0x+1", false, 0},
+    {__LINE__, "0xinf", false, 0},
+    {__LINE__, "0xnan", false, 0},
+    {__LINE__, "0x0x1", false, 0},
+    {__LINE__, "0x 1", false, 0},
+    {__LINE__, "0x1p1024", false, 0},
+    // Underflow: below the normal range, and not just what the text says. The last text that comes to the least normal
+    // number and is an underflow, and the first that is none.
+    {__LINE__, "1e-310", false, 0},
+    {__LINE__, "-1e-310", false, 0},
+    {__LINE__, "4.9406564584124654e-324", false, 0},
+    {__LINE__, "2e-324", false, 0},
+    {__LINE__, "1e-400", false, 0},
+    {__LINE__, "1e-99999999999999999999", false, 0},
+    {__LINE__, "2.2250738585072011e-308", false, 0},
+    {__LINE__, "2.2250738585072012e-308", false, 0},
+    {__LINE__, "2.225073858507201259e-308", false, 0},
+    {__LINE__, "2.225073858507201260e-308", true, std::numeric_limits<double>::min()},
+    {__LINE__, "0000.0222507385850720130e-306", true, std::numeric_limits<double>::min()},
+    {__LINE__, "0x1p-1074", true, std::numeric_limits<double>::denorm_min()},
+    {__LINE__, "0x0.0008p-1061", true, std::numeric_limits<double>::denorm_min()},
+    {__LINE__, "0x1p-1075", false, 0},
+    {__LINE__, "0x1.8p-1074", false, 0},
+    {__LINE__, "0x0.fffffffffffffp-1022", true, 2.2250738585072009e-308},
+    {__LINE__, "0x0.fffffffffffff7p-1022", false, 0},
+    {__LINE__, "0x0.fffffffffffff8p-1022", false, 0},
+    {__LINE__, "0x0.fffffffffffffbp-1022", false, 0},
+    {__LINE__, "0x0.fffffffffffffcp-1022", true, std::numeric_limits<double>::min()},
+    {__LINE__, "0x1.00000000000001p-1022", true, std::numeric_limits<double>::min()},
 };
-
-constexpr double kUntouched = 12345.678;
 
 }  // namespace
 
@@ -810,6 +868,82 @@ TEST(StrToDoubleRange, TakesFortyNineBytes) {
         EXPECT_TRUE(strtodouble(terminated.begin(), &value));
     }
 }
+
+TEST(StrToDoubleZero, NanHasTheSignOfItsText) {
+    for (const char* text : {"nan", "-nan", "+NaN", "-nan()", "nan(12_aZ)"}) {
+        SCOPED_TRACE(text);
+        double value = kUntouched;
+        ASSERT_TRUE(strtodouble(text, &value));
+        EXPECT_TRUE(std::isnan(value));
+        EXPECT_EQ(*text == '-', std::signbit(value));
+    }
+}
+
+// Every digit counts: a number below the normal range written out is none, and with a digit more it is an underflow.
+TEST(StrToDoubleZero, UnderflowsWhereADigitIsLeftOver) {
+    for (double value : {std::numeric_limits<double>::denorm_min(), 0x1.8p-1070, 0x0.fffffffffffffp-1022, 0x1p-1030}) {
+        char text[1200];
+        std::snprintf(text, sizeof text, "%.1074f", value);
+        double read = kUntouched;
+        EXPECT_TRUE(strtodouble(text, &read)) << value;
+        EXPECT_EQ(bitsOf(value), bitsOf(read));
+        EXPECT_FALSE(strtodouble((text + std::string("01")).c_str(), &read)) << value;
+        EXPECT_EQ(ERANGE, errno);
+        EXPECT_TRUE(strtodouble((text + std::string("00")).c_str(), &read)) << value;
+    }
+}
+
+#ifdef __GLIBC__
+// The C library in the locale of C is the measure, value by value and error by error.
+TEST(StrToDoubleZero, AgreesWithTheCLibrary) {
+    support::LocaleScope numbers(LC_NUMERIC, "C");
+    std::mt19937_64 random(20261122);
+    auto expectAgrees = [](const std::string& text) {
+        char* end;
+        errno = 0;
+        const double expected = std::strtod(text.c_str(), &end);
+        const bool ok = errno == 0 && *end == 0 && !text.empty();
+        double value = kUntouched;
+        ASSERT_EQ(ok, strtodouble(text.c_str(), &value)) << text;
+        if (ok && !std::isnan(expected)) {
+            ASSERT_EQ(bitsOf(expected), bitsOf(value)) << text;
+        }
+    };
+    const char* const pieces[] = {"0", "1",   "9",   ".", "e", "-", "+",  "0x",  "p",
+                                  "f", "inf", "nan", "(", ")", " ", "\v", "308", "1074"};
+    for (int round = 0; round < 60000; ++round) {
+        std::string text;
+        switch (round % 3) {
+            case 0:  // nonsense that is near to numbers
+                for (auto n = random() % 7; n > 0; --n) text += pieces[random() % std::size(pieces)];
+                break;
+            case 1: {  // the least numbers and what lies between them
+                char buffer[1200];
+                std::snprintf(buffer, sizeof buffer, "%.*e", static_cast<int>(random() % 30),
+                              0x1p-1022 * static_cast<double>(random()) / 0x1p63 * (random() % 2 ? 1 : 0x1p-40));
+                text = buffer;
+                break;
+            }
+            default: {  // base 16, at the least normal number and below
+                // Either few digits or more than 60 bits: of a text that ends in its 54th bit glibc drops that bit.
+                const char* const digits[] = {"0", "f", "8", "7", "c", "b", "1"};
+                text = random() % 2 ? "0x0." : "0x1.";
+                for (auto n = random() % 12; n > 0; --n) text += digits[random() % std::size(digits)];
+                if (text[2] == '1' && random() % 2) {
+                    text.resize(4 + 12, random() % 2 ? 'f' : '0');
+                    for (int n = 0; n < 4; ++n) text += digits[random() % std::size(digits)];
+                    text += '1';
+                }
+                text += "p-" + std::to_string(1010 + random() % 70);
+            }
+        }
+        expectAgrees(text);
+        if (HasFatalFailure()) return;
+    }
+    for (const char* tail : {"1", "2", "25", "257", "2595738212", "2595738213", "3", "4"})
+        expectAgrees(std::string("2.22507385850720") + tail + "e-308");
+}
+#endif
 
 TEST(StrToDoubleRange, NullIsNoNumber) {
     const char* null = nullptr;

@@ -234,8 +234,8 @@ void MLDocOut::writeUInt64Attr(const char* name, std::uint64_t v, bool skipZero)
 
 void MLDocOut::writeDoubleAttr(const char* name, double v, bool skipZero) {
     if (leavesOut(v == 0, skipZero)) return;
-    char text[512];  // the largest double has 309 digits before its point
-    writeSimplestAttr(name, ChPair(text, std::snprintf(text, sizeof text, "%f", v)));
+    char text[velmora::detail::kDoubleTextSize];
+    writeSimplestAttr(name, ChPair(text, velmora::detail::putDouble(v, text)));
 }
 
 void MLDocOut::writeBoolAttr(const char* name, bool v) { writeSimplestAttr(name, v ? "true" : "false"); }

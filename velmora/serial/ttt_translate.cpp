@@ -9,6 +9,7 @@
 #include <velmora/localization/loc.h>
 #include <velmora/serial/ttt.h>
 #include <velmora/text/charvector.h>
+#include <velmora/text/formatting.h>
 #include <velmora/text/timetext.h>
 
 namespace {
@@ -118,7 +119,7 @@ private:
             case 'X':
                 return appendNumber("%X", bag_.getULong());
             case 'f':
-                return appendNumber("%f", bag_.getDouble());
+                return renderDouble(bag_.getDouble());
             case 'l':
                 return renderLong(p);
             case 'A':
@@ -161,6 +162,11 @@ private:
             default:
                 return appendScratch();
         }
+    }
+
+    bool renderDouble(double v) {
+        velmora::detail::putDouble(v, scratch_);
+        return appendScratch();
     }
 
     bool renderAddress(unsigned v) {

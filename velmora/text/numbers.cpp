@@ -1,8 +1,11 @@
 #include <velmora/text/numbers.h>
 
 #include <cerrno>
+#include <cfloat>
+#include <charconv>
 #include <climits>
 #include <clocale>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <type_traits>
@@ -11,7 +14,7 @@ namespace {
 
 constexpr int kMostDecimalBytes = 20;
 constexpr int kMostHexDigits = 8;
-constexpr int kDoubleTextMax = 50;  // bytes handed to strtod, the terminator included
+constexpr int kDoubleTextMost = 49;  // bytes of a range that is read as a double
 constexpr unsigned kHexFull = 0x10000000;
 
 // The value of a hexadecimal digit, or -1.
@@ -24,10 +27,16 @@ int hexDigit(char c) {
 
 bool hasHexPrefix(const char* b, const char* e) { return e - b >= 2 && b[0] == '0' && b[1] == 'x'; }
 
-// Runs a converter of the runtime, which must take in all of the text.
+// White space of the "C" locale. Another one may have more, and isspace asks the one in force.
+bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+
+// Runs a converter of the runtime, which must take in all of the text. It gets no white space to judge: a byte from 0x80
+// up may be some in the locale in force, and is never the begin of a number.
 template <class Convert, class T>
 bool convertAll(const char* s, T* out, Convert convert) {
-    if (!s || !*s) return false;
+    if (!s) return false;
+    while (isSpace(*s)) ++s;
+    if (!*s || static_cast<unsigned char>(*s) >= 0x80) return false;
     char* end;
     errno = 0;
     auto value = convert(s, &end);
@@ -100,6 +109,77 @@ bool number32(const char* b, const char* e, T* out) {
     return strtohex(b, e, reinterpret_cast<unsigned*>(out));
 }
 
+// Underflow is what the C library calls so: a result below the normal range that is not just what the text says. Not below
+// is what comes to the least normal number at full precision, so a text may be a little less than that number.
+
+// The significant digits of a decimal text against others, which begin with no zero. Where the point is does not count.
+int compareDigits(const char* b, const char* e, const char* digits) {
+    while (b != e && (*b == '0' || *b == '.')) ++b;
+    for (;;) {
+        if (b != e && *b == '.') ++b;
+        const bool more = b != e && *b >= '0' && *b <= '9';
+        if (!more && !*digits) return 0;
+        const int difference = (more ? *b++ : '0') - (*digits ? *digits++ : '0');
+        if (difference != 0) return difference;
+    }
+}
+
+bool underflowsDecimal(const char* b, const char* e, double v) {
+    // The least normal number less a quarter of the least number of all, to forty digits.
+    static constexpr char least[] = "2225073858507201259573821257020768020077";
+    if (v == DBL_MIN) return compareDigits(b, e, least) < 0;
+    constexpr int most = 767;  // digits of a double
+    char digits[most + 16];
+    std::to_chars(digits, digits + sizeof digits, v, std::chars_format::scientific, most - 1);
+    digits[1] = digits[0];  // over the point
+    digits[most + 1] = 0;   // before the exponent
+    return compareDigits(b, e, digits + 1) != 0;
+}
+
+bool underflowsHex(const char* b, const char* e, double v) {
+    std::uint64_t bits = 0;  // of the text, from the first that is set
+    bool more = false;       // whether a later one is set
+    for (; b != e && *b != 'p' && *b != 'P'; ++b) {
+        const int digit = hexDigit(*b);  // -1 for the point
+        for (int i = 3; digit >= 0 && i >= 0; --i) {
+            const unsigned bit = static_cast<unsigned>(digit) >> i & 1;
+            if (bits >> 63 != 0) {
+                more |= bit != 0;
+            } else {
+                bits = bits << 1 | bit;
+            }
+        }
+    }
+    while (bits >> 63 == 0) bits <<= 1;
+    // A text that is less than the least normal number and comes to it has ones only, as many as a double and one more.
+    if (v == DBL_MIN) return bits >> 62 == 3 && bits >> 10 != (std::uint64_t{1} << 54) - 1;
+    int exponent;
+    return more || bits != static_cast<std::uint64_t>(std::ldexp(std::frexp(v, &exponent), 64));
+}
+
+// strtod of the "C" locale, whatever the locale in force is and whatever runtime there is, over a whole range.
+bool readDouble(const char* b, const char* e, double* out) {
+    errno = 0;
+    while (b != e && isSpace(*b)) ++b;
+    bool negative = false;
+    if (b != e && (*b == '+' || *b == '-')) negative = *b++ == '-';
+    const bool hex = e - b > 2 && b[0] == '0' && (b[1] == 'x' || b[1] == 'X');
+    if (hex) b += 2;
+    // What from_chars would take here and strtod does not: a second sign, and words as digits of base 16.
+    if (b != e && (*b == '-' || (hex && *b != '.' && hexDigit(*b) < 0))) return false;
+    double v = 0;
+    const std::from_chars_result result =
+        std::from_chars(b, e, v, hex ? std::chars_format::hex : std::chars_format::general);
+    if (result.ptr != e || result.ec == std::errc::invalid_argument) return false;
+    if (result.ec != std::errc() ||
+        (v != 0 && v <= DBL_MIN && (hex ? underflowsHex(b, e, v) : underflowsDecimal(b, e, v)))) {
+        errno = ERANGE;
+        return false;
+    }
+    *out = negative ? -v : v;
+    return true;
+}
+
 constinit bool numericLocaleChecked = false;
 
 }  // namespace
@@ -140,9 +220,7 @@ bool strtouint64(const char* s, std::uint64_t* out) {
     return convertAll(s, out, [](const char* t, char** end) { return std::strtoull(t, end, 10); });
 }
 
-bool strtodouble(const char* s, double* out) {
-    return convertAll(s, out, [](const char* t, char** end) { return std::strtod(t, end); });
-}
+bool strtodouble(const char* s, double* out) { return s && readDouble(s, s + std::strlen(s), out); }
 
 void strtodouble_init() {
     if (numericLocaleChecked) return;
@@ -172,12 +250,7 @@ bool strtouint64(const char* b, const char* e, std::uint64_t* out) { return deci
 
 bool strtodouble(const char* b, const char* e, double* out) {
     int length = static_cast<int>(e - b);
-    if (length <= 0 || length >= kDoubleTextMax) return false;
-    char text[kDoubleTextMax];
-    std::memcpy(text, b, static_cast<std::size_t>(length));
-    text[length] = 0;
-    if (std::memchr(text, 0, static_cast<std::size_t>(length))) return false;  // would end the text too early
-    return strtodouble(text, out);
+    return length > 0 && length <= kDoubleTextMost && readDouble(b, b + length, out);
 }
 
 void str2bin(const char* s, void* out, int size) {

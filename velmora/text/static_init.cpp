@@ -38,7 +38,7 @@ char classOf(int c) {
 void chooseLocale() {
     const char* current = std::setlocale(LC_CTYPE, nullptr);
     if (std::strcmp(current ? current : "", "C") == 0) std::setlocale(LC_CTYPE, "");
-    std::setlocale(LC_NUMERIC, "C");  // number text has a point, always
+    std::setlocale(LC_NUMERIC, "C");  // for the forms that take a format of printf
 }
 
 struct PrepareTables {
@@ -56,6 +56,13 @@ void chr_tables_prepare() {
         chr_lower_table_ascii[i] = static_cast<unsigned char>(std::tolower(i));
         chr_upper_table_ascii[i] = static_cast<unsigned char>(std::toupper(i));
         chr_types_table_ascii[i] = classOf(i);
+    }
+    // In a Turkish locale the letter i has other partners, and then the library's own words would no longer be found.
+    for (int lower = 'a', upper = 'A'; lower <= 'z'; ++lower, ++upper) {
+        chr_lower_table_ascii[lower] = chr_lower_table_ascii[upper] = static_cast<unsigned char>(lower);
+        chr_upper_table_ascii[lower] = chr_upper_table_ascii[upper] = static_cast<unsigned char>(upper);
+        chr_types_table_ascii[lower] = 'L';
+        chr_types_table_ascii[upper] = 'U';
     }
     for (char white : {' ', '\t', '\n', '\r'}) chr_types_table_ascii[static_cast<unsigned char>(white)] = 'W';
     for (std::wint_t i = 0; i < 65535; ++i) {
