@@ -134,6 +134,39 @@ const char* const kNotFound = "Could not find or access localization";
 const char* const kInvalid = "Localization data is invalid";
 const char* const kReadError = "Error during file reading";
 
+// ---- modules of a loader ----
+
+// They are loaded in the order in which they were added, null ones passed over, and go with the loader.
+TEST(LocLoader, OwnsItsModulesInTheirOrder) {
+    struct Recorder : Loc::Module {
+        std::string& record;
+        Recorder(const char* moduleName, std::string& text) : record(text) { name = moduleName; }
+        Recorder(const Recorder&) = delete;
+        void operator=(const Recorder&) = delete;
+        ~Recorder() override { record += "~" + name; }
+        bool load(const char*, const char*, std::string*) override {
+            record += name;
+            return true;
+        }
+    };
+    std::string record;
+    {
+        Loc::Loader loader;
+        auto* const first = new Recorder("b", record);
+        loader.addModule(first);
+        loader.addModule(nullptr);
+        loader.addModule(new Recorder("a", record));
+        ASSERT_EQ(3, loader.modules.count);
+        EXPECT_EQ(first, loader.modules[0]);
+        EXPECT_EQ(nullptr, loader.modules[1]);
+        EXPECT_TRUE(loader.load(""));
+        EXPECT_EQ("ba", record);
+        record.clear();
+    }
+    std::sort(record.begin(), record.end());
+    EXPECT_EQ("ab~~", record);
+}
+
 // ---- makePath and makeError ----
 
 TEST(LocModuleMakePath, JoinsFolderNameAndLanguage) {
@@ -163,10 +196,17 @@ TEST(LocModuleMakePath, JoinsFolderNameAndLanguage) {
     }
 }
 
-TEST(LocModuleMakePath, OutMayBeThePathItself) {
+TEST(LocModuleMakePath, OutMayBeAnyPart) {
     std::string path = "lang/";
     Probe::makePath(path, "m", "ger", path);
     EXPECT_EQ("lang/m.ger.lng", path);
+    std::string name = "m";
+    Probe::makePath("lang/", name, "ger", name);
+    EXPECT_EQ("lang/m.ger.lng", name);
+    std::string language = "german";
+    language.resize(3);
+    Probe::makePath("lang/", "module", language.c_str(), language);
+    EXPECT_EQ("lang/module.ger.lng", language);
 }
 
 TEST(LocModuleMakeError, HasASentenceForEveryCode) {

@@ -426,12 +426,20 @@ TEST(BagBool, ByteIsHandedBackAsItIsFound) {
     bag >> value;
     EXPECT_EQ(2, byteOf(value));
     EXPECT_EQ(1, bag.tell());
-#ifndef __clang__  // which takes the lowest bit of a returned bool at the call
-    bag.toBegin();
-    bool returned = bag.getBool();
-    EXPECT_EQ(2, byteOf(returned));
-    EXPECT_EQ(1, bag.tell());
+    for (int byte = 0; byte < 256; ++byte) {
+        bag.data[0] = static_cast<char>(byte);
+        bag.toBegin();
+        const bool returned = bag.getBool();
+#ifdef __clang__  // which takes the lowest bit of a returned bool at the call
+        EXPECT_EQ(byte & 1, byteOf(returned));
+#else
+        EXPECT_EQ(byte, byteOf(returned));
 #endif
+        EXPECT_EQ(1, bag.tell());
+        bag.toBegin();
+        bag >> value;
+        EXPECT_EQ(byte, byteOf(value));
+    }
 }
 
 TEST(BagTime, HoldsSecondsAndStartsAtZero) {

@@ -9,6 +9,7 @@
 #include <ctime>
 #include <functional>
 #include <limits>
+#include <new>
 #include <random>
 #include <stdexcept>
 #include <string>
@@ -993,6 +994,64 @@ TEST_F(TTTTranslate, SurvivesRandomMessages) {
             << rendered.cursor;
         if (HasFailure()) FAIL() << "round " << round << ": " << testing::PrintToString(bytes);
     }
+}
+
+// A result that is almost at its limit, without its bytes being written.
+void fillVector(const char*, CharVector& out) {
+    const int size = (1 << 30) - 8;
+    out.clear();
+    out.data = new (std::nothrow) char[std::size_t{1} << 30];
+    if (!out.data) return;
+    std::memcpy(out.data + size - 3, "abc", 4);
+    out.count = size;
+    out.allocateCount = 1 << 30;
+}
+
+// What was rendered stays, the cursor comes back, and nothing leaves.
+TEST(TTTTranslateLimit, TextEndsBelowOneGibibyte) {
+    HookScope hooks(nullptr, fillVector);
+    static const struct {
+        int line;
+        const char* text;
+        const char* end;
+    } rows[] = {
+        {__LINE__, "%C%s", "abc1234567"},  {__LINE__, "%C%s+", "abc1234567"}, {__LINE__, "%C%s%%", "abc1234567"},
+        {__LINE__, "%C%s1", "abc1234567"}, {__LINE__, "%C12345678%s", "abc"}, {__LINE__, "%C123456%s", "abc123456"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.line);
+        TTT message(row.text);
+        message < "x" < "1234567";
+        message <= "more";
+        const int cursor = message.getData().cursor;
+        CharVector text;
+        message.translate(text);
+        const std::string end = row.end;
+        if (text.count < 1000) GTEST_SKIP() << "this much memory is not there";
+        ASSERT_GE(text.count, (1 << 30) - 8);
+        EXPECT_EQ(end, std::string(text.data + text.count - end.size(), text.data + text.count));
+        EXPECT_EQ(0, text.data[text.count]);
+        EXPECT_EQ(cursor, message.getData().cursor);
+    }
+}
+
+// The other kind of result has no limit of its own. A kilobyte asks for more than a gibibyte.
+TEST(TTTTranslateLimit, ShortMessageDoesNotTakeAllMemory) {
+    const std::string parameter(std::size_t{1} << 25, 'x');
+    std::string text = "%{1}";
+    for (int i = 0; i < 40; ++i) text += "%{1}";
+    TTT message(text);
+    message << parameter;
+    const int cursor = message.getData().cursor;
+    std::string out;
+    try {
+        out.reserve(std::size_t{1} << 30);
+    } catch (const std::bad_alloc&) {
+        GTEST_SKIP() << "this much memory is not there";
+    }
+    message.translate(out);
+    EXPECT_EQ((std::size_t{1} << 30) - (std::size_t{1} << 25), out.size());
+    EXPECT_EQ(cursor, message.getData().cursor);
 }
 
 }  // namespace

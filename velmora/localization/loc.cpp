@@ -23,11 +23,11 @@ namespace Loc {
 Module::~Module() = default;
 
 void Module::makePath(const std::string& path, const std::string& name, const char* language, std::string& out) {
-    if (&out != &path) out = path;
-    out += name;
-    out += '.';
-    out += language ? language : "eng";
-    out += ".lng";
+    std::string file = path + name;  // apart from `out`, in which each of them may lie
+    file += '.';
+    file += language ? language : "eng";
+    file += ".lng";
+    out.swap(file);
 }
 
 void Module::makeError(const std::string& fileName, int code, std::string* error) {

@@ -101,6 +101,7 @@ public:
     virtual int loadFile(FILE* file);
 
 protected:
+    // The parts may lie in `out`.
     static void makePath(const std::string& path, const std::string& name, const char* language, std::string& out);
     static void makeError(const std::string& fileName, int code, std::string* error);
 };

@@ -187,6 +187,7 @@ public:
     // The message as text, from TTT::dictionaries or from another table of six loaders. Never throws: what cannot be
     // rendered ends the text there, such as a message whose dictionary is not loaded: its text is empty.
     // Moves the cursor, and restores it unless the message is wrong for its template.
+    // Limit: 1 GiB of text; a template that shows a parameter many times gets there with a message of a few kilobytes.
     void translate(std::string& out) const;
     void translate(std::string& out, IDLocLoader** loaders) const;
     void translate(CharVector& out) const;

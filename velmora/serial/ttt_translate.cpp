@@ -1,6 +1,7 @@
 // Rendering: the walk over the segments of a message and the reader of templates, one engine for both kinds of result.
 // A rendering ends in one of three ways: at the end of the message; by a stop, at something that makes no sense; or by
 // an exception, of which a read beyond the end is the usual one. None of them reaches the caller.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -17,6 +18,12 @@ namespace {
 constexpr int kDictionaries = 6;
 constexpr int kPositionalMax = 32;
 constexpr int kNumberMax = 21;  // bytes of a 64-bit number and its terminator
+// Bytes of a text with its terminator, for both kinds of result: a short message can ask for a long parameter many times.
+constexpr std::size_t kTextMax = std::size_t{1} << 30;
+
+// With the terminator. What a hook has made may be longer.
+std::size_t lengthOf(const std::string& text) { return std::min(text.size() + 1, kTextMax); }
+std::size_t lengthOf(const CharVector& text) { return std::min(static_cast<std::size_t>(text.count) + 1, kTextMax); }
 
 auto hookFor(const std::string&) { return TTT::translate_custom_std_string; }
 auto hookFor(const CharVector&) { return TTT::translate_custom_char_vector; }
@@ -74,7 +81,11 @@ private:
     char positionalNumbers_[kPositionalMax][kNumberMax];
     int positionalCount_ = 0;
 
-    void append(const char* s) { out_.append(s, std::strlen(s)); }
+    void append(const char* s, std::size_t n) {
+        if (n > kTextMax - lengthOf(out_)) throw std::bad_alloc();
+        out_.append(s, n);
+    }
+    void append(const char* s) { append(s, std::strlen(s)); }
 
     const char* readReference() {
         int dictionary = bag_.getLong();
@@ -96,7 +107,7 @@ private:
     bool renderTemplate(const char* p) {
         positionalCount_ = 0;
         while (const char* percent = std::strchr(p, '%')) {
-            out_.append(p, static_cast<std::size_t>(percent - p));
+            append(p, static_cast<std::size_t>(percent - p));
             p = percent + 1;
             if (!renderPlaceholder(p)) return false;
         }
@@ -108,7 +119,7 @@ private:
     bool renderPlaceholder(const char*& p) {
         switch (*p++) {
             case '%':
-                out_.append("%", 1);
+                append("%", 1);
                 return true;
             case 'd':
                 return appendNumber("%d", bag_.getLong());
