@@ -430,8 +430,8 @@ TEST(BagBool, ByteIsHandedBackAsItIsFound) {
         bag.data[0] = static_cast<char>(byte);
         bag.toBegin();
         const bool returned = bag.getBool();
-#ifdef __clang__  // which takes the lowest bit of a returned bool at the call
-        EXPECT_EQ(byte & 1, byteOf(returned));
+#ifdef __clang__  // which has no other bool than 0 and 1 to return
+        EXPECT_EQ(byte != 0, byteOf(returned));
 #else
         EXPECT_EQ(byte, byteOf(returned));
 #endif

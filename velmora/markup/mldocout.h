@@ -196,7 +196,6 @@ private:
     Run indentRun();
     Run compactIndentRun();
     Run dashRun();
-    void addLead(Stage& stage, bool first);
     static bool isShort(const ChPair& name);
     void addPieces(Stage& stage, std::initializer_list<ChPair> pieces);
     void addEscaped(Stage& stage, const ChPair& s);

@@ -52,27 +52,26 @@ void MLDocOut::writeAttrName(const char* name) {
     stage.flush();
 }
 
-// What stands before the name.
-inline void MLDocOut::addLead(Stage& stage, bool first) {
-    switch (format) {
-        case XML:
-            if (has(CompactMode)) return stage.add(' ');
-            return stage.add(lineEnd(), indentRun());
-        case JSON:
-            if (!has(CompactMode)) return stage.add(Optional(',', !first), lineEnd(), indentRun());
-            return first ? stage.add(compactIndentRun()) : stage.add(',', run(1, ' '));
-        case YAML:
-            return first ? stage.add(dashRun(), Literal("- ")) : stage.add(indentRun());
-        case CSV:
-            return stage.add(Optional(',', !first));
-        default:
-            return;
-    }
-}
-
 void MLDocOut::addName(Stage& stage, const char* name) {
     if (!has(AttributesOpen)) throw TTT(VELMORA_DICT, LCA__Could_not_write_attribute);
-    addLead(stage, !has(NeedSeparator));
+    // What stands before the name.
+    const auto addLead = [this, &stage](bool first) {
+        switch (format) {
+            case XML:
+                if (has(CompactMode)) return stage.add(' ');
+                return stage.add(lineEnd(), indentRun());
+            case JSON:
+                if (!has(CompactMode)) return stage.add(Optional(',', !first), lineEnd(), indentRun());
+                return first ? stage.add(compactIndentRun()) : stage.add(',', run(1, ' '));
+            case YAML:
+                return first ? stage.add(dashRun(), Literal("- ")) : stage.add(indentRun());
+            case CSV:
+                return stage.add(Optional(',', !first));
+            default:
+                return;
+        }
+    };
+    addLead(!has(NeedSeparator));
     const ChPair text(name);
     switch (format) {
         case XML:

@@ -153,8 +153,8 @@ public:
 
     char getChar();
     unsigned char getUChar() { return static_cast<unsigned char>(getChar()); }
-    // Warning: the byte as it was found; one that is neither 0 nor 1 makes a bool that is neither, or by Clang its lowest
-    // bit. For bytes from outside take getChar() != 0.
+    // Warning: the byte as it was found; one that is neither 0 nor 1 makes a bool that is neither, or true in a library
+    // built by Clang. For bytes from outside take getChar() != 0.
     bool getBool();
     short getShort();
     unsigned short getUShort() { return static_cast<unsigned short>(getShort()); }

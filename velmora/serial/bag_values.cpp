@@ -49,8 +49,14 @@ int Bag::getLong() { return get<int>(*this); }
 std::int64_t Bag::getLongLong() { return get<std::int64_t>(*this); }
 double Bag::getDouble() { return get<double>(*this); }
 
-// As it was found: not every byte is a legal bool.
-bool Bag::getBool() { return std::bit_cast<bool>(getChar()); }
+// As it was found, where that can be returned. To Clang a bool of another byte than 0 and 1 is undefined.
+bool Bag::getBool() {
+#ifdef __clang__
+    return getChar() != 0;
+#else
+    return std::bit_cast<bool>(getChar());
+#endif
+}
 
 Bag& Bag::operator>>(bool& v) {
     char byte = getChar();
