@@ -4,7 +4,7 @@ _velmora() {
     local -a path=()
     for ((i = 1; i < COMP_CWORD; ++i)); do
         case ${COMP_WORDS[i]} in
-        --count | --eol | --fields | --interval | --keys | --lang | --lang-dir | --lines | --only | --reference | --root | --rows | --sort | --stamp | --tab | --to | -o) ((++i)) ;;
+        --count | --eol | --fields | --interval | --keys | --lang | --lang-dir | --lines | --most | --only | --reference | --root | --rows | --sort | --stamp | --tab | --to | -o) ((++i)) ;;
         help | -*) ;;
         *) path+=("${COMP_WORDS[i]}") ;;
         esac
@@ -20,7 +20,7 @@ _velmora() {
     elif [[ $word == -* ]]; then
         case ${path[*]} in
         'check' | 'check '*) words='--help -h --lang --lang-dir --version' ;;
-        'convert' | 'convert '*) words='--to -o --compact --tab --eol --root --rows --header --raw-escapes --help -h --lang --lang-dir --version' ;;
+        'convert' | 'convert '*) words='--to -o --compact --tab --eol --root --rows --header --raw-escapes --most --help -h --lang --lang-dir --version' ;;
         'lng check' | 'lng check '*) words='--reference --stamp --count --help -h --lang --lang-dir --version' ;;
         'lng compile' | 'lng compile '*) words='-o --stamp --keys --help -h --lang --lang-dir --version' ;;
         'lng dump' | 'lng dump '*) words='--xliff --keys --help -h --lang --lang-dir --version' ;;
