@@ -16,7 +16,6 @@
 #ifndef VELMORA_CONTAINERS_VECTORS_H
 #define VELMORA_CONTAINERS_VECTORS_H
 
-#include <algorithm>
 #include <cassert>
 #include <climits>
 #include <cstdlib>
@@ -324,6 +323,27 @@ public:
 
 // ---- bodies ----
 
+namespace velmora::detail {
+
+template <class T>
+void reverse(T* from, T* to) {
+    for (; from != to && from != --to; ++from) {
+        T item = *from;
+        *from = *to;
+        *to = item;
+    }
+}
+
+// Puts the items of [middle, to) in front of those of [from, middle), by three reversals: without another block.
+template <class T>
+void exchange(T* from, T* middle, T* to) {
+    reverse(from, middle);
+    reverse(middle, to);
+    reverse(from, to);
+}
+
+}  // namespace velmora::detail
+
 template <class T>
 void SimpleVector<T>::zero() {
     data = nullptr;
@@ -445,8 +465,8 @@ void SimpleVector<T>::moveRangeTo(int from, int to, SimpleVector& dst, int at) {
     if (!has(from) || from == to) return;
     if (this == &dst) {
         assert(at >= 0 && at <= count);
-        if (at < from) std::rotate(data + at, data + from, data + to);
-        if (at > to) std::rotate(data + from, data + to, data + at);
+        if (at < from) velmora::detail::exchange(data + at, data + from, data + to);
+        if (at > to) velmora::detail::exchange(data + from, data + to, data + at);
         return;
     }
     T* p = dst.insertPtr(at, to - from);
