@@ -42,7 +42,13 @@ void requirePath(const char* path) {
 // gives the place for its bytes, or null for none.
 template <class Release, class Allocate>
 std::uint64_t loadInto(const char* path, std::uint64_t limit, Release release, Allocate allocate) {
-    UTF8File file(path, true);
+    UTF8File file(true);
+    try {
+        file.name = path;
+    } catch (const std::bad_alloc&) {
+        release();
+        throw;
+    }
     release();
     requirePath(file.name.data);
     file.open(UTF8File::READ);
