@@ -420,6 +420,13 @@ TEST(PairTagEnd, HasNoValue) {
 
 // --- The two other kinds ---
 
+TEST(Tags, RecordsWithoutValuesEndATable) {
+    EXPECT_EQ(nullptr, StrTag().name);
+    EXPECT_EQ(0, StrTag().value);
+    EXPECT_EQ(nullptr, StrPtrTag().namePtr);
+    EXPECT_EQ(0, StrPtrTag().value);
+}
+
 TEST(StrTagTranslate, BothWays) {
     static const StrTag tags[] = {{"red", 1}, {"Green", 2}, {"green", 3}, {"rouge", 1}, {"none", 0}, {}};
     EXPECT_EQ(1, tags->translate("red", kDef));
