@@ -18,6 +18,7 @@ import random
 import re
 import resource
 import shutil
+import signal
 import subprocess
 import sys
 
@@ -121,12 +122,20 @@ def passes(program):
         resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
         resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
+    # A session of its own, so that what the tests have started ends with them.
+    process = subprocess.Popen([str(BUILD / "bin" / program), "--gtest_brief=1", "--gtest_fail_fast"], cwd=BUILD,
+                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, preexec_fn=limit,
+                               start_new_session=True)
     try:
-        return subprocess.run([str(BUILD / "bin" / program), "--gtest_brief=1", "--gtest_fail_fast"],
-                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, timeout=SECONDS, preexec_fn=limit,
-                              cwd=BUILD).returncode == 0
+        return process.wait(timeout=SECONDS) == 0
     except subprocess.TimeoutExpired:
         return None
+    finally:
+        try:
+            os.killpg(process.pid, signal.SIGKILL)
+        except ProcessLookupError:
+            pass
+        process.wait()
 
 
 def build(*targets):
