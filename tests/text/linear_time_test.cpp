@@ -101,9 +101,11 @@ const OfOneText ofOneText[] = {
      }},
     {"trims",
      [](std::string& s) {
-         ChPair view(s);
+         s += 'x';  // trimming may look for its end after the view
+         const ChPair all(s.data(), static_cast<int>(s.size()) - 1);
+         ChPair view = all;
          view.trimSpaces();
-         view = ChPair(s);
+         view = all;
          view.trimEOLN();
          view.trimQuotes('"', '"');
          view.trimWhite();
