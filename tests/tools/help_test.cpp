@@ -35,6 +35,8 @@ TEST_F(ToolHelpText, IsTheGoldenText) {
 
 TEST_F(ToolHelpText, ManualPageIsTheGoldenText) { support::expectGolden("tool/velmora.1", shown({"help", "--man"})); }
 
-TEST_F(ToolHelpText, CompletionIsTheGoldenText) { support::expectGolden("tool/velmora.bash", shown({"help", "--bash"})); }
+TEST_F(ToolHelpText, CompletionIsTheGoldenText) {
+    support::expectGolden("tool/velmora.bash", shown({"help", "--bash"}));
+}
 
 }  // namespace
