@@ -58,7 +58,9 @@ void* placeOf(char* data, int at) {
 }
 
 void move(char* to, const void* from, int n) {
-    if (n != 0) std::memmove(to, from, static_cast<std::size_t>(n));
+    if (n == 0) return;
+    assert(to);
+    std::memmove(to, from, static_cast<std::size_t>(n));
 }
 
 }  // namespace
@@ -77,7 +79,10 @@ void putParts(Bag& bag, const BagHead& head, const void* src, std::int64_t n, Ba
         clearGap(bag, start);
         head.put(bag.data + start);
     }
-    if (last != stop) bag.data[stop] = 0;
+    if (last != stop) {
+        assert(bag.data);
+        bag.data[stop] = 0;
+    }
     bag.cursor = bag.size = last;
 }
 
