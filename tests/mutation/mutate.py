@@ -166,7 +166,7 @@ class Header:
             return None
         programs = {re.search(r"(\w+)\.dir/", unit["command"]).group(1) for unit in self.units}
         for program in sorted(programs):
-            link = subprocess.run(["ninja", "-C", str(BUILD), "-t", "commands", "-s", program], capture_output=True,
+            link = subprocess.run(["ninja", "-C", str(BUILD), "-t", "commands", "-s", f"bin/{program}"], capture_output=True,
                                   text=True).stdout.strip().splitlines()
             if not link:
                 return None

@@ -395,6 +395,8 @@ TEST_F(ToolConvert, ResultIsWellFormed) {
     EXPECT_EQ("{\n  \"a\": {\n    \"text\": \"\\u001B\\n\\\"\\u009B\"\n  }\n}\n",
               convert("<a>\x1B\n&quot;\xC2\x9B</a>", {"--to", "json"}));
     EXPECT_EQ("---\na:\n- text: \"\\u001B\"\n", convert("<a>\x1B</a>", {"--to", "yaml"}));
+    EXPECT_EQ("{\n  \"a\": {\n    \"text\": \"\\u0007\\b\\t\\u000B\\f\\u000E\"\n  }\n}\n",
+              convert("<a>\x07\b\t\x0B\f\x0E</a>", {"--to", "json"}));
     const struct {
         int line;
         std::string document;
@@ -409,6 +411,7 @@ TEST_F(ToolConvert, ResultIsWellFormed) {
          {"--to", "xml"},
          "a text of XML cannot hold control characters but tabs and line ends"},
         {__LINE__, "<a>\xEF\xBF\xBF</a>", {"--to", "xml"}, "a text of XML cannot hold control characters"},
+        {__LINE__, "<a>\xEF\xBF\xBE</a>", {"--to", "xml"}, "a text of XML cannot hold control characters"},
         {__LINE__, "{\"a\":[{\"b\xFF\":1}]}", {"--to", "json"}, "this cannot be a name in JSON"},
         {__LINE__,
          "{\"a\":[{\"b\":\"\\q\x1B\"}]}",

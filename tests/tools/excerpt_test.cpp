@@ -85,6 +85,41 @@ TEST(Excerpt, LongLinesAreCutAroundThePlace) {
     EXPECT_EQ("..." + shown + "...\n" + std::string(51, ' ') + "^\n", tool::excerpt(wide, 1500));
 }
 
+std::string utf8(char32_t code) {
+    std::string out;
+    if (code < 0x80) return std::string(1, static_cast<char>(code));
+    int shift = code < 0x800 ? 6 : code < 0x10000 ? 12 : 18;
+    out += static_cast<char>((code < 0x800 ? 0xC0 : code < 0x10000 ? 0xE0 : 0xF0) | code >> shift);
+    while ((shift -= 6) >= 0) out += static_cast<char>(0x80 | (code >> shift & 0x3F));
+    return out;
+}
+
+// The first and the last of each range of characters, and those beside them.
+TEST(Excerpt, MarkCountsColumns) {
+    const struct {
+        std::size_t columns;
+        std::vector<char32_t> codes;
+    } widths[] = {
+        {0, {0x300,  0x36F,  0x483,  0x489,  0x591,  0x5BD,  0x610,  0x61A,  0x64B,  0x65F, 0x200B,
+             0x200D, 0x20D0, 0x20F0, 0x3099, 0x309A, 0xFE00, 0xFE0F, 0xFE20, 0xFE2F, 0xFEFF}},
+        {1, {'a',    0x2FF,   0x370,   0x482,   0x48A,   0x590,   0x5BE,   0x60F,   0x64A,  0x660,  0x200A,
+             0x20CF, 0x20F1,  0xFDFF,  0xFE10,  0xFE1F,  0xFEFE,  0xFF00,  0x10FF,  0x1160, 0x2E7F, 0x303F,
+             0x3040, 0xA4D0,  0xA95F,  0xA97D,  0xABFF,  0xD7A4,  0xF8FF,  0xFB00,  0xFE6C, 0xFF61, 0xFFDF,
+             0xFFE7, 0x1AFFF, 0x1B300, 0x1F2FF, 0x1F650, 0x1F67F, 0x1F700, 0x1F8FF, 0x1FA00}},
+        {2, {0x1100,  0x115F,  0x2E80,  0x303E,  0x3041,  0x3098,  0x309B,  0xA4CF,  0xA960,  0xA97C,
+             0xAC00,  0xD7A3,  0xF900,  0xFAFF,  0xFE30,  0xFE6B,  0xFF01,  0xFF60,  0xFFE0,  0xFFE6,
+             0x1B000, 0x1B2FF, 0x1F300, 0x1F64F, 0x1F680, 0x1F6FF, 0x1F900, 0x1F9FF, 0x20000, 0x3FFFD}},
+    };
+    for (const auto& width : widths) {
+        for (char32_t code : width.codes) {
+            const std::string text = "<" + utf8(code) + "x>\n";
+            const std::string lines = tool::excerpt(text, text.find('x'));
+            EXPECT_EQ("<" + utf8(code) + "x>\n" + std::string(1 + width.columns, ' ') + "^\n", lines)
+                << static_cast<unsigned>(code);
+        }
+    }
+}
+
 // Two lines, and the mark at the column of the place, whatever the bytes are; none outside of them is read.
 TEST(Excerpt, AnyBytesWillDo) {
     unsigned seed = 1;

@@ -39,4 +39,47 @@ TEST_F(ToolHelpText, CompletionIsTheGoldenText) {
     support::expectGolden("tool/velmora.bash", shown({"help", "--bash"}));
 }
 
+TEST_F(ToolHelpText, WrongUsageIsNamed) {
+    const struct {
+        int line;
+        std::vector<std::string> words;
+        std::string message;
+    } rows[] = {
+        {__LINE__, {}, "the name of a command is missing"},
+        {__LINE__, {"frob"}, "unknown command frob"},
+        {__LINE__, {"help", "frob"}, "unknown command frob"},
+        {__LINE__, {"help", "check", "more"}, "too many words behind help"},
+        {__LINE__, {"check"}, "a file is missing"},
+        {__LINE__, {"walk", "a", "b"}, "too many files"},
+        {__LINE__, {"check", "--frob"}, "unknown option --frob"},
+        {__LINE__, {"check", "--help=x"}, "option --help takes no value"},
+        {__LINE__, {"check", "--lang"}, "option --lang needs a value"},
+        {__LINE__, {"convert", "f", "--to", "pdf"}, "--to needs one of xml, json, yaml, html, csv"},
+        {__LINE__, {"convert", "f", "--to", "xml", "--eol", "cr"}, "--eol needs one of lf, crlf"},
+        {__LINE__, {"convert", "f", "--to", "xml", "--tab", "x"}, "--tab needs a number from 0 to 16"},
+        {__LINE__, {"convert", "f", "--to", "xml", "--root="}, "--root needs a name"},
+        {__LINE__, {"convert", "f", "--to", "xml", "--rows", "a"}, "--rows and --header are for html and csv"},
+        {__LINE__, {"lng", "compile", "f"}, "-o is missing"},
+        {__LINE__, {"lng", "compile", "f", "-o", "g", "--keys", "mine"}, "--keys takes \"library\" only"},
+        {__LINE__, {"lng", "compile", "f", "-o", "g", "--stamp", "x"}, "\"x\" is no stamp of eight hexadecimal digits"},
+        {__LINE__, {"lng", "check", "f", "--count", "x"}, "\"x\" is no count"},
+        {__LINE__, {"ls", "--sort", "color"}, "--sort must be name, size or time"},
+        {__LINE__, {"ls", "--json", "--csv"}, "only one of --json, --yaml and --csv can be written"},
+        {__LINE__, {"ls", "--header"}, "--header is for --csv"},
+        {__LINE__, {"ls", std::string(260, 'm')}, "the mask is longer than 259 bytes"},
+        {__LINE__, {"tail", "f", "--only", "1"}, "--only needs --fields"},
+        {__LINE__,
+         {"tail", "f", "--fields", "3", "--only", "5"},
+         "--only needs numbers from 1 to 3 with commas between them"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE("row at line " + std::to_string(row.line));
+        const ToolResult result = run(row.words);
+        EXPECT_EQ(2, result.status);
+        EXPECT_EQ("", result.out);
+        const std::string expected = "velmora: " + row.message + "\nTry 'velmora help";
+        EXPECT_EQ(expected, result.err.substr(0, expected.size()));
+    }
+}
+
 }  // namespace
