@@ -17,10 +17,11 @@ constexpr int kLarge = 4 << 20;
 
 volatile long sink;  // so that results are used
 
-std::string times(const std::string& text, int bytes) {
-    std::string all;
-    all.reserve(static_cast<std::size_t>(bytes) + text.size());
+// `text` again and again, between two others.
+std::string times(const char* text, int bytes, const char* before = "", const char* after = "") {
+    std::string all = before;
     while (static_cast<int>(all.size()) < bytes) all += text;
+    all += after;
     return all;
 }
 
@@ -46,7 +47,10 @@ std::string deepYaml(int bytes) {
     std::string text = "---\n";
     std::string indent;
     for (int level = 0; static_cast<int>(text.size()) < bytes; ++level) {
-        text += indent + "a:\n" + indent + "  - b: c\n";
+        text += indent;
+        text += "a:\n";
+        text += indent;
+        text += "  - b: c\n";
         if (level < 500) indent += "  ";
     }
     return text;
@@ -60,7 +64,7 @@ void decode(const std::string& value) {
 }
 
 void positions(int bytes, bool backwards) {
-    const std::string text = "<a>" + times("x\n", bytes) + "</a>";
+    const std::string text = times("x\n", bytes, "<a>", "</a>");
     MLDoc doc;
     doc.load("bench", text.data(), static_cast<int>(text.size()));
     int line, column;
@@ -75,7 +79,7 @@ void positions(int bytes, bool backwards) {
 }
 
 void lookUp(int bytes) {
-    const std::string text = "<a " + times("b=\"c\" ", bytes) + "/>";
+    const std::string text = times("b=\"c\" ", bytes, "<a ", "/>");
     MLDoc doc;
     doc.load("bench", text.data(), static_cast<int>(text.size()));
     MLDoc::Token token;
@@ -118,12 +122,12 @@ struct Row {
 const Row rows[] = {
     {"XML, empty elements with one attribute", [](int n) { walk(times("<a b=\"c\"/>", n), true); }},
     {"XML, elements that never end", [](int n) { walk(times("<a>", n), true); }},
-    {"XML, one element with attributes alone", [](int n) { walk("<a " + times("b=\"c\" ", n) + "/>", true); }},
-    {"XML, line ends in a value", [](int n) { walk("<a b=\"" + times("\n", n) + "\"/>", true); }},
-    {"JSON, nested arrays", [](int n) { walk("{" + times("\"a\":[{", n), true); }},
-    {"JSON, members read", [](int n) { walk("{" + times("\"a\":1,", n) + "\"z\":1}", true); }},
-    {"JSON, members skipped", [](int n) { walk("{" + times("\"a\":\"\\\\\",", n) + "\"z\":1}", false); }},
-    {"YAML, short lines", [](int n) { walk("---\n" + times("a: b\n", n), true); }},
+    {"XML, one element with attributes alone", [](int n) { walk(times("b=\"c\" ", n, "<a ", "/>"), true); }},
+    {"XML, line ends in a value", [](int n) { walk(times("\n", n, "<a b=\"", "\"/>"), true); }},
+    {"JSON, nested arrays", [](int n) { walk(times("\"a\":[{", n, "{"), true); }},
+    {"JSON, members read", [](int n) { walk(times("\"a\":1,", n, "{", "\"z\":1}"), true); }},
+    {"JSON, members skipped", [](int n) { walk(times("\"a\":\"\\\\\",", n, "{", "\"z\":1}"), false); }},
+    {"YAML, short lines", [](int n) { walk(times("a: b\n", n, "---\n"), true); }},
     {"YAML, nested lists", [](int n) { walk(deepYaml(n), true); }},
     {"MLDoc::convertEscape", [](int n) { decode(times("&lt;", n)); }},
     {"MLDoc::getPosition, in order", [](int n) { positions(n, false); }},
@@ -136,13 +140,13 @@ const Row rows[] = {
     {"ChPair::find of a near miss",
      [](int n) {
          const std::string text = times("a", n);
-         const std::string pattern = times("a", n / 2) + "b";
+         const std::string pattern = times("a", n / 2, "", "b");
          sink = ChPair(text).find(ChPair(pattern)) != nullptr;
      }},
     {"ChPair::find_i_ascii of a near miss",
      [](int n) {
          const std::string text = times("a", n);
-         const std::string pattern = times("A", n / 2) + "b";
+         const std::string pattern = times("A", n / 2, "", "b");
          sink = ChPair(text).find_i_ascii(ChPair(pattern)) != nullptr;
      }},
     {"strup_utf8 of stray bytes",
@@ -157,7 +161,7 @@ const Row rows[] = {
      }},
     {"ChPair::parseDouble of digits",
      [](int n) {
-         const std::string text = "0." + times("1", n);
+         const std::string text = times("1", n, "0.");
          double value;
          sink = ChPair(text).getDouble(value);
      }},
