@@ -159,11 +159,11 @@ const Row rows[] = {
          const std::string text = times("\xD0\xAF", n);
          sink = ChArr(ChArr16(text.c_str())).len();
      }},
-    {"ChPair::parseDouble of digits",
+    {"strtodouble of digits",
      [](int n) {
          const std::string text = times("1", n, "0.");
          double value;
-         sink = ChPair(text).getDouble(value);
+         sink = strtodouble(text.c_str(), &value);
      }},
 };
 
