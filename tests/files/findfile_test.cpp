@@ -161,7 +161,11 @@ TEST_F(FindFileTest, QuestionMarkIsACharacter) {
     folder.write("\xE2\x82\xAC", "");
     folder.write("\xF0\x9F\x98\x80", "");
     folder.write("ab", "");
-    EXPECT_EQ((Names{"ab", "\xE2\x82\xAC", "\xF0\x9F\x98\x80"}), listed(mask("?*")));
+    folder.write("\xC3\xA9", "");
+    folder.write("\xEF\xBF\xBF", "");
+    folder.write("\xF0\x90\x80\x80", "");
+    EXPECT_EQ((Names{"ab", "\xC3\xA9", "\xE2\x82\xAC", "\xEF\xBF\xBF", "\xF0\x90\x80\x80", "\xF0\x9F\x98\x80"}),
+              listed(mask("?*")));
     EXPECT_EQ(Names{"ab"}, listed(mask("??*")));
 }
 

@@ -120,6 +120,12 @@ TEST(Excerpt, MarkCountsColumns) {
     }
 }
 
+// Only the mark of UTF-8 takes no place at the begin of a document.
+TEST(Excerpt, CharacterThatBeginsLikeTheMarkIsShown) {
+    EXPECT_EQ("x\n^\n", tool::excerpt("\xEF\xBB\xBFx\n", 3));
+    EXPECT_EQ("\xEF\xBB\x80x\n ^\n", tool::excerpt("\xEF\xBB\x80x\n", 3));
+}
+
 // Two lines, and the mark at the column of the place, whatever the bytes are; none outside of them is read.
 TEST(Excerpt, AnyBytesWillDo) {
     unsigned seed = 1;
