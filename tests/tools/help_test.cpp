@@ -39,6 +39,15 @@ TEST_F(ToolHelpText, CompletionIsTheGoldenText) {
     support::expectGolden("tool/velmora.bash", shown({"help", "--bash"}));
 }
 
+// An option is no second word of a command's name.
+TEST_F(ToolHelpText, IsShownByOptionsToo) {
+    for (const char* option : {"-h", "--help"}) {
+        EXPECT_EQ(shown({"help", "lng"}), shown({"lng", option}));
+        EXPECT_EQ(shown({"help", "lng", "check"}), shown({"lng", "check", option}));
+        EXPECT_EQ(shown({"help", "walk"}), shown({"walk", option}));
+    }
+}
+
 TEST_F(ToolHelpText, WrongUsageIsNamed) {
     const struct {
         int line;

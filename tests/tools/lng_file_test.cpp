@@ -72,6 +72,14 @@ TEST(LngFileParse, ReadsBothByteOrders) {
     }
 }
 
+TEST(LngFileParse, TextsNeedABlock) {
+    const std::string header("\0\0\0\0LCLR\1\0\0\0\x08\0\0\0\4\3\2\1", 20);
+    for (char count : {1, 2}) {
+        const std::string bytes = header + std::string{count, 0, 0, 0} + std::string(16, '\0');
+        EXPECT_EQ(std::vector<std::string>{"the size of the texts is 0"}, problemsOf(bytes, false));
+    }
+}
+
 TEST(LngFileParse, EveryPrefixIsTooShort) {
     for (std::size_t size = 0; size < little.size(); ++size) {
         SCOPED_TRACE(size);
