@@ -812,6 +812,14 @@ TEST(CharVectorInsert, WithRoomTheTailMovesTheWrongWay) {
     EXPECT_EQ(std::string("ad\0f\0f\0hij\0", 11), std::string(v.data, 11));
 }
 
+TEST(CharVectorInsert, WithRoomASingleByteIsOverwrittenToo) {
+    CharVector v;
+    v.append("a");
+    EXPECT_EQ(v.data, v.insert(0, 1));
+    EXPECT_EQ(2, v.count);
+    EXPECT_EQ(std::string("\0\0", 2), std::string(v.data + 0, 1) + std::string(v.data + 2, 1));
+}
+
 TEST(CharVectorInsert, FillingTheRoomToTheLastByteDoesNotGrow) {
     CharVector v;
     v.append("abc");

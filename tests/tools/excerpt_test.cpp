@@ -126,6 +126,12 @@ TEST(Excerpt, CharacterThatBeginsLikeTheMarkIsShown) {
     EXPECT_EQ("\xEF\xBB\x80x\n ^\n", tool::excerpt("\xEF\xBB\x80x\n", 3));
 }
 
+// A stray byte is a place of its own, also after a character that could have taken it.
+TEST(Excerpt, StrayByteIsNoPartOfTheCharacterInFront) {
+    const std::string lines = tool::excerpt("\xC3\xA9\x80x\n", 2);
+    EXPECT_EQ(" ^\n", lines.substr(lines.find('\n') + 1));
+}
+
 // Two lines, and the mark at the column of the place, whatever the bytes are; none outside of them is read.
 TEST(Excerpt, AnyBytesWillDo) {
     unsigned seed = 1;

@@ -143,7 +143,7 @@ char* CharVector::insert(int pos, int n) {
         delete[] data;
         data = text;
         allocateCount = capacity;
-    } else if (count != 0 && pos != count) {
+    } else if (pos != count) {
         // Downwards, over the gap that should open: callers were written against this.
         std::memmove(data + pos, data + pos + n, tail);
     }
