@@ -1,6 +1,6 @@
-// Following a log line by line, beside std::getline over a std::ifstream: medians and ratios. The log is a temporary file
-// of as many MB as the first word says, 1024 unless told otherwise. Before anything is timed, both must have seen the same
-// lines; that pass also brings the file into the system's cache.
+// Following a log line by line, beside std::getline over a std::ifstream: medians and ratios. The log is a temporary
+// file of as many MB as the first word says, 1024 unless told otherwise. Before anything is timed, both must have seen
+// the same lines; that pass also brings the file into the system's cache.
 #include <velmora/files/logcharstream.h>
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // Reading and writing the same records beside well-known libraries, in one run: medians and ratios. Before anything is
-// timed, every contender must have seen the same names and values. What is read lies in a block of the reader's own, and
-// what is written goes into a buffer that each contender keeps from run to run: readers and writers are compared, not the
-// system's paging.
+// timed, every contender must have seen the same names and values. What is read lies in a block of the reader's own,
+// and what is written goes into a buffer that each contender keeps from run to run: readers and writers are compared,
+// not the system's paging.
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/reader.h>
 #include <rapidjson/stringbuffer.h>

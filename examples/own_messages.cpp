@@ -1,8 +1,8 @@
 // An application with messages of its own, in two languages, beside those of the library. Its texts are in
 // own_messages.eng.xlf and own_messages.ger.xlf; the build makes .lng files of them with `velmora lng compile`.
 //
-// A message is data until it is shown. So one that was made while English was loaded is shown in German after a change of
-// the language, and a translation may name its parameters in another order, or one of them twice.
+// A message is data until it is shown. So one that was made while English was loaded is shown in German after a change
+// of the language, and a translation may name its parameters in another order, or one of them twice.
 #include <velmora/velmora.h>
 
 #include <cstdio>

@@ -1,5 +1,5 @@
-// A program that runs once at a time, and notices when its last run has crashed. It "works" until a line is entered: an empty
-// one is its proper end, "crash" is not.
+// A program that runs once at a time, and notices when its last run has crashed. It "works" until a line is entered: an
+// empty one is its proper end, "crash" is not.
 #include <velmora/velmora.h>
 
 #include <cstdio>

@@ -1,5 +1,5 @@
-// Arguments that lie in their target. Each operation is done twice, on two targets that are equal: once with a part of the
-// target as its argument, and once with a copy of that part. Afterwards the targets are equal again.
+// Arguments that lie in their target. Each operation is done twice, on two targets that are equal: once with a part of
+// the target as its argument, and once with a copy of that part. Afterwards the targets are equal again.
 #include <velmora/containers/vectors.h>
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldoc.h>

@@ -1,5 +1,5 @@
-// A Bag of bytes from outside, read and written by a random program. Nothing but Bag::Exception leaves, and nothing leads out
-// of the block. The first half of the input is the program, the second the content.
+// A Bag of bytes from outside, read and written by a random program. Nothing but Bag::Exception leaves, and nothing
+// leads out of the block. The first half of the input is the program, the second the content.
 #include <velmora/containers/vectors.h>
 #include <velmora/serial/bag.h>
 #include <velmora/text/charr.h>

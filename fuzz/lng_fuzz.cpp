@@ -1,5 +1,5 @@
-// Dictionary files: the tool's own reader, which trusts nothing, first. What it finds good, the library's two readers must
-// read, with the same texts; what they refuse by the header, they must refuse without harm.
+// Dictionary files: the tool's own reader, which trusts nothing, first. What it finds good, the library's two readers
+// must read, with the same texts; what they refuse by the header, they must refuse without harm.
 #include <velmora/localization/loc.h>
 
 #include "fuzz/fuzz.h"

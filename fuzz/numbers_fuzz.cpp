@@ -1,5 +1,5 @@
-// Numbers, times and addresses from text: the ranges against the runtime's converters where the grammars agree, and every
-// number that is written against its own way back.
+// Numbers, times and addresses from text: the ranges against the runtime's converters where the grammars agree, and
+// every number that is written against its own way back.
 #include <velmora/serial/tags.h>
 #include <velmora/serial/ttt.h>
 #include <velmora/text/chpair.h>

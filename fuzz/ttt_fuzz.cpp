@@ -1,5 +1,5 @@
-// Messages that are bytes from outside: loaded, rendered in two kinds of text that must agree, and with a dictionary whose
-// templates are from outside too.
+// Messages that are bytes from outside: loaded, rendered in two kinds of text that must agree, and with a dictionary
+// whose templates are from outside too.
 #include <velmora/localization/loc.h>
 #include <velmora/serial/bag.h>
 #include <velmora/serial/ttt.h>

@@ -1,5 +1,5 @@
-// The writer driven by random calls. It throws its own keys and nothing else; and what balanced calls with harmless names
-// have written in a form that is read, is read back with the same items and values.
+// The writer driven by random calls. It throws its own keys and nothing else; and what balanced calls with harmless
+// names have written in a form that is read, is read back with the same items and values.
 #include <velmora/markup/mldoc.h>
 #include <velmora/markup/mldocout.h>
 #include <velmora/serial/tags.h>
@@ -128,7 +128,8 @@ private:
 
     std::string name() { return std::string(1, static_cast<char>('a' + input_.below(4))); }
 
-    // What does not survive is left out: the writer puts some control bytes as letters, and the reader of XML blanks all.
+    // What does not survive is left out: the writer puts some control bytes as letters, and the reader of XML blanks
+    // all.
     std::string value() {
         std::string s = input_.text();
         for (char& c : s) {

@@ -27,8 +27,8 @@ void decode(MLDoc& doc, const ChPair& value, std::string& out);
 // first such value between `from` and the position, or null. Requires: the document has been stepped from there.
 const char* passedOverValue(MLDoc& doc, std::uint32_t from);
 
-// For a document that has ended `level` elements deep: goes through it again, as keeping the place of every open element
-// would take memory, and puts its position where the inside of the innermost open one starts.
+// For a document that has ended `level` elements deep: goes through it again, as keeping the place of every open
+// element would take memory, and puts its position where the inside of the innermost open one starts.
 // Throws: LCA__Closing_tag_not_found.
 [[noreturn]] void throwUnclosed(MLDoc& doc, int level);
 

@@ -44,8 +44,8 @@ struct ItemSettings {
     bool rawEscapes = false;  // carry over, undecoded, what the reader refuses to decode
 };
 
-// The root without a name that JSON and YAML have is no item, unless the settings name it; without a name its values are
-// delivered outside of every item.
+// The root without a name that JSON and YAML have is no item, unless the settings name it; without a name its values
+// are delivered outside of every item.
 class ItemReader {
 public:
     ItemReader(MLDoc& doc, const ItemSettings& settings, ItemSink& sink)

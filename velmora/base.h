@@ -20,8 +20,8 @@
 #define VELMORA_API __attribute__((visibility("default")))
 #endif
 
-// Whether a user of the library may leave the instances of class templates to it. MinGW does not export members that are
-// defined in their class, so there the user's compiler makes what it needs.
+// Whether a user of the library may leave the instances of class templates to it. MinGW does not export members that
+// are defined in their class, so there the user's compiler makes what it needs.
 #if !defined(_WIN32) || defined(VELMORA_BUILDING)
 #define VELMORA_EXTERN_TEMPLATES 1
 #endif

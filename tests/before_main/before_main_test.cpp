@@ -1,6 +1,6 @@
 // What other static objects may rely on: the library's tables and std_null_string are there before the first
-// constructor of the program runs, and its texts until the last destructor has. Without a test framework, which has static
-// objects of its own.
+// constructor of the program runs, and its texts until the last destructor has. Without a test framework, which has
+// static objects of its own.
 #include <velmora/localization/loc.h>
 #include <velmora/serial/ttt.h>
 #include <velmora/text/bytes.h>

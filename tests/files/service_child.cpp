@@ -1,11 +1,11 @@
 // The other process of the tests of locks and logs. It says what it has done in lines on standard output, and is told
 // to go on by lines on standard input.
 //
-//     hold FOLDER NAME             locks; says "held" or "refused"; then, by line: "unlock" gives up, "state" says the state,
-//                                  "start" starts a process of its own that answers, "leave" ends without giving up
+//     hold FOLDER NAME             locks; says "held" or "refused"; then, by line: "unlock" gives up, "state" says the
+//                                  state, "start" starts a process that answers, "leave" ends without giving up
 //     race FOLDER NAME COUNT       waits for a line; locks and gives up COUNT times; says "done" or what went wrong
-//     append FILE LINES SEED       appends that many numbered lines in pieces of any length; waits for a line after the first
-//                                  few bytes; says "done"
+//     append FILE LINES SEED       appends that many numbered lines in pieces of any length; waits for a line after the
+//                                  first few bytes; says "done"
 //     watch FOLDER NAME            says "watching", asks for the state until its input ends, says "done"
 //     answer                       says "alive" to every line, until there are no more
 #include <velmora/files/rundetector.h>

@@ -1,5 +1,5 @@
-// Texts of each kind compared with each other, by their bytes whatever stands on the left, in the oldest C++ that the headers
-// are for and in the one after it.
+// Texts of each kind compared with each other, by their bytes whatever stands on the left, in the oldest C++ that the
+// headers are for and in the one after it.
 #include <velmora/text/charr.h>
 #include <velmora/text/charvector.h>
 #include <velmora/text/chpair.h>

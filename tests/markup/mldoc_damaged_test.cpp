@@ -1,5 +1,5 @@
-// What the JSON and YAML readers make of damaged documents, however their attributes are read: they end, stay inside the
-// block, and fail only by their own keys.
+// What the JSON and YAML readers make of damaged documents, however their attributes are read: they end, stay inside
+// the block, and fail only by their own keys.
 #include <velmora/markup/mldoc.h>
 
 #include <gtest/gtest.h>

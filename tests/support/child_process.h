@@ -7,8 +7,9 @@
 
 namespace support {
 
-// Runs a program to its end: its path and its words, none of which has a quotation mark. It has nothing to read, and what it
-// writes goes into the files `output` and `errors`. Returns: as ChildProcess::wait. Throws when it cannot be started.
+// Runs a program to its end: its path and its words, none of which has a quotation mark. It has nothing to read, and
+// what it writes goes into the files `output` and `errors`. Returns: as ChildProcess::wait. Throws when it cannot be
+// started.
 int runProgram(const std::vector<std::string>& words, const std::string& output, const std::string& errors);
 
 class ChildProcess {

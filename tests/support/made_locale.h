@@ -1,5 +1,5 @@
-// A locale that is compiled from the system's sources for the test, so that what a test needs of German or Turkish numbers and letters
-// does not hang on what is installed. On Windows it is one that the runtime has.
+// A locale that is compiled from the system's sources for the test, so that what a test needs of German or Turkish
+// numbers and letters does not hang on what is installed. On Windows it is one that the runtime has.
 #ifndef VELMORA_TESTS_SUPPORT_MADE_LOCALE_H
 #define VELMORA_TESTS_SUPPORT_MADE_LOCALE_H
 

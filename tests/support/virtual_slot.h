@@ -7,8 +7,8 @@
 
 namespace support {
 
-// By the common C++ ABI, in which a pointer to a virtual member is one more than its offset and a virtual destructor takes
-// two entries.
+// By the common C++ ABI, in which a pointer to a virtual member is one more than its offset and a virtual destructor
+// takes two entries.
 template <class Member>
 std::ptrdiff_t virtualSlot(Member member) {
     std::ptrdiff_t words[2];

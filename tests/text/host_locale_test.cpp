@@ -1,5 +1,5 @@
-// The library in a process whose toolkit has called setlocale(LC_ALL, ""): number text and the case of ASCII letters are what
-// they are elsewhere.
+// The library in a process whose toolkit has called setlocale(LC_ALL, ""): number text and the case of ASCII letters
+// are what they are elsewhere.
 #include <velmora/markup/mldoc.h>
 #include <velmora/markup/mldocout.h>
 #include <velmora/serial/tags.h>

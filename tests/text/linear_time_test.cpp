@@ -1,5 +1,6 @@
-// No text is so bad that a function takes the square of its length. Each runs over each of some shapes of text, in a size
-// for which linear work is done in a fraction of the limit, on a slow machine under a checker too, and quadratic work is not.
+// No text is so bad that a function takes the square of its length. Each runs over each of some shapes of text, in a
+// size for which linear work is done in a fraction of the limit, on a slow machine under a checker too, and quadratic
+// work is not.
 #include <velmora/text/bytes.h>
 #include <velmora/text/charr.h>
 #include <velmora/text/charvector.h>

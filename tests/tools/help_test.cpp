@@ -1,4 +1,5 @@
-// The texts that the tool has about itself, letter by letter: the help of each command, the manual page, and completion.
+// The texts that the tool has about itself, letter by letter: the help of each command, the manual page, and
+// completion.
 #include "tests/support/golden.h"
 #include "tests/tools/tool_fixture.h"
 

@@ -22,8 +22,8 @@ struct ToolResult {
     std::string err;
 };
 
-// Starts the tool with these words, none of which has a quotation mark. Its streams go through files in `folder`, but when a
-// `device` is given, standard output goes there.
+// Starts the tool with these words, none of which has a quotation mark. Its streams go through files in `folder`, but
+// when a `device` is given, standard output goes there.
 ToolResult startTool(const support::TempFolder& folder, const std::vector<std::string>& words,
                      const std::string& device = std::string());
 

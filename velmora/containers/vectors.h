@@ -8,8 +8,8 @@
 //
 // Items are moved with memcpy: no constructor or destructor of an item runs on a move. Nothing throws on a bad
 // index: accessors, subst, replace, null and cutTo do not check, insert, remove, removeRange and moveRangeTo ignore a
-// bad start. Memory that runs out is std::bad_alloc, and a vector that had to grow is then as it was; so is a count above
-// INT_MAX, and a capacity above that of memory_recommend. An owning vector has released then what it was given.
+// bad start. Memory that runs out is std::bad_alloc, and a vector that had to grow is then as it was; so is a count
+// above INT_MAX, and a capacity above that of memory_recommend. An owning vector has released then what it was given.
 // A copy between two different members would share or lose arrays; those that are deleted below do not compile.
 // Warning: others do, such as of an ArrayVector<T> to a SimpleVector<T*>, and leave two owners of one block.
 // Lifetime: a pointer to an item dies with the next operation that may reallocate.
@@ -123,8 +123,9 @@ public:
     // Releases the block.
     void removeAll();
 
-    // Moves [from, to) into `dst`, in front of the item at `at` or to the end. What the items point to changes hands with
-    // them. `dst` may be *this: the three indices are those before the move, and an `at` in [from, to] changes nothing.
+    // Moves [from, to) into `dst`, in front of the item at `at` or to the end. What the items point to changes hands
+    // with them. `dst` may be *this: the three indices are those before the move, and an `at` in [from, to] changes
+    // nothing.
     // Requires: `to` and `at` are in range.
     void moveRangeTo(int from, int to, SimpleVector& dst, int at);
     void moveRangeTo(int from, int to, SimpleVector& dst);
@@ -196,8 +197,8 @@ public:
     T*& operator[](int i) { return *this->ptr(i); }
     T* operator[](int i) const { return *this->ptr(i); }
 
-    // Owns: the vector, from the call on: it releases `p` when memory runs out. A bad `i` does nothing, and `p` stays the
-    // caller's.
+    // Owns: the vector, from the call on: it releases `p` when memory runs out. A bad `i` does nothing, and `p` stays
+    // the caller's.
     void append(T* p);
     void insert(int i, T* p);
     // Releases the array at `i` and stores `p`. Requires: 0 <= i < count.
@@ -296,8 +297,8 @@ public:
     void operator=(const ObjectVector&) = delete;
     ~ObjectVector();
 
-    // Owns: the vector, from the call on: it destroys `p` when memory runs out. A bad `i` does nothing, and `p` stays the
-    // caller's.
+    // Owns: the vector, from the call on: it destroys `p` when memory runs out. A bad `i` does nothing, and `p` stays
+    // the caller's.
     void append(T* p);
     void insert(int i, T* p);
 };

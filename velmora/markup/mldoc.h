@@ -12,17 +12,18 @@
 //         while (attributes(attribute)) use(attribute.name, attribute.value);
 //     }
 //
-// What is read is deliberately small. XML: tags, attributes in double quotes, comments and declarations; no DTD, no CDATA,
-// no namespaces, no entity but the five, and an end tag's name is not compared with anything. JSON: an object is a token,
-// its strings and words are attributes, its arrays hold child objects. YAML: "key: value" lines and lists of records.
-// Warning: JSON and YAML are read from the stream itself. Read a token's attributes in one pass and before its children;
-// attributes that stand behind a child list are passed over (JSON) or refused (YAML).
+// What is read is deliberately small. XML: tags, attributes in double quotes, comments and declarations; no DTD, no
+// CDATA, no namespaces, no entity but the five, and an end tag's name is not compared with anything. JSON: an object is
+// a token, its strings and words are attributes, its arrays hold child objects. YAML: "key: value" lines and lists of
+// records.
+// Warning: JSON and YAML are read from the stream itself. Read a token's attributes in one pass and before its
+// children; attributes that stand behind a child list are passed over (JSON) or refused (YAML).
 //
 // Failure: a malformed document throws a TTT that holds the key alone. Call formMessage to add file and place; the
 // walk is not resumed. Lifetime: views stay valid until release, steal, the next load or destruction.
 // Threads: a document, its tokens and its iterators belong to one thread at a time: reading attributes writes into the
-// block, and getPosition and formMessage, though const, write a memo. Different documents are independent, from the first
-// load on.
+// block, and getPosition and formMessage, though const, write a memo. Different documents are independent, from the
+// first load on.
 #ifndef VELMORA_MARKUP_MLDOC_H
 #define VELMORA_MARKUP_MLDOC_H
 
@@ -59,8 +60,8 @@ public:
     static const std::uint64_t TokenNameMax = 512;
     static const std::uint64_t AttributeNameMax = 512;
 
-    // The cursor of a walk, owned by the caller. One token serves a whole walk. Warning: a failure leaves what was set by then;
-    // a view of it may have its new begin and its former end, so none may be used.
+    // The cursor of a walk, owned by the caller. One token serves a whole walk. Warning: a failure leaves what was set
+    // by then; a view of it may have its new begin and its former end, so none may be used.
     struct VELMORA_API Token {
         ChPair name;           // not set for comments and declarations: the previous name stays
         ChPair body;           // XML: the tag, '<' to '>'. A null begin marks a token that was never stepped
@@ -140,7 +141,8 @@ public:
     virtual void warnSuspiciousAttribute(const Token* token, const Attribute* attribute) const;
 
     // Read a document from a file, from a copy of memory, or from a Bag, which is left empty. Limit: 100,000,000
-    // bytes; a negative `size` is above it. Names and data may be parts of what the document holds. After a steal use a fresh object: release does not reset the cursor when there is no block.
+    // bytes; a negative `size` is above it. Names and data may be parts of what the document holds. After a steal use a
+    // fresh object: release does not reset the cursor when there is no block.
     // Throws: LCA__Too_big_file, LCA__Too_short_file, LCA__UTF_16_BOM_is_not_supported, LCA__Unknown_text_format,
     // LCA__Specified_encoding_is_not, the failures of UTF8File::load and, bare, of what stands in an XML declaration.
     void load(const char* path);
@@ -159,8 +161,8 @@ public:
     // Offset behind the attributes of a token.
     unsigned passAttributes(const Token& token) const;
 
-    // Line and column of the position, from 1; tab stops are 4 columns apart. Writes a memo, from which the next call goes
-    // on: a position before the last one that was asked for is counted from the begin.
+    // Line and column of the position, from 1; tab stops are 4 columns apart. Writes a memo, from which the next call
+    // goes on: a position before the last one that was asked for is counted from the begin.
     // Warning: at the end of the document the answer is line 1, column 1.
     void getPosition(int& line, int& column) const;
     // Appends file name and place to a message.
@@ -178,8 +180,8 @@ public:
     bool getAttributeBool(const Token& token, const char* name) { return getAttributeBool(token, ChPair(name)); }
 
     // Decode a value by the document's format: the five entities of XML, or backslash sequences. Decoding never
-    // lengthens. The first form needs room for the value's length and writes no terminator; it may decode a value in its
-    // own place. In the others the value may be any part of `out`. A view that ends before it begins is empty.
+    // lengthens. The first form needs room for the value's length and writes no terminator; it may decode a value in
+    // its own place. In the others the value may be any part of `out`. A view that ends before it begins is empty.
     // Returns: bytes written.
     // Throws: LCA__Unsupported_escape_sequence; the target is then half done, but a TTT is as it was.
     // Warning: behind a backslash only '"', '\' and the raw control bytes 8, 9, 10, 12 and 13 are known, and those
@@ -190,10 +192,10 @@ public:
     void convertEscape(const ChPair& value, std::string& out) const;
     void convertEscape(const ChPair& value, TTT& out) const;
 
-    // Typed values of a view, parsed as it stands: nothing is unescaped. The grammars, bounds and further keys are those of
-    // ChPair's members of like names. Failures carry no place. An attribute that is missing, and an empty one, is refused
-    // by each as any text that is no value; only getString and getFlags take it, as empty text and 0. For a default, ask
-    // the view first.
+    // Typed values of a view, parsed as it stands: nothing is unescaped. The grammars, bounds and further keys are
+    // those of ChPair's members of like names. Failures carry no place. An attribute that is missing, and an empty one,
+    // is refused by each as any text that is no value; only getString and getFlags take it, as empty text and 0. For a
+    // default, ask the view first.
     // Throws: LCA__Too_long_string unless the value and a terminator fit into `size` bytes.
     void getString(const ChPair& value, char* out, std::uint64_t size);
     // The forms without bounds report any failure, overflow too, as LCA__Invalid_integer_value.

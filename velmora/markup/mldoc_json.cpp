@@ -1,6 +1,6 @@
-// JSON, shaped like tags: an object is a token, a member with a string or a word is an attribute, a member with an array
-// is a list of child objects under the member's name; only the root may hold an object as a member. The steps resume
-// from three things: `position`, the stack `openNames`, and the byte before `position`.
+// JSON, shaped like tags: an object is a token, a member with a string or a word is an attribute, a member with an
+// array is a list of child objects under the member's name; only the root may hold an object as a member. The steps
+// resume from three things: `position`, the stack `openNames`, and the byte before `position`.
 //
 // At rest `openNames` holds token.level entries, or one more while a list is open and none of its items is. Entry i
 // names a token that opens at level i + 1; entry 0 is the root's empty name.

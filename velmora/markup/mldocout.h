@@ -10,9 +10,9 @@
 //     out.endItem("settings");
 //     out.end();
 //
-// Lines end in CR LF on every system until setEOLN says otherwise. Values with control bytes do not come back as they were: XML
-// reads them as blanks, JSON and YAML write \n and its like, which MLDoc does not decode. A cell of CSV stands in double quotes
-// with the escapes of JSON.
+// Lines end in CR LF on every system until setEOLN says otherwise. Values with control bytes do not come back as they
+// were: XML reads them as blanks, JSON and YAML write \n and its like, which MLDoc does not decode. A cell of CSV
+// stands in double quotes with the escapes of JSON.
 // Order within an item: attributes, then children or (XML) content. A document has one root item; the row forms take
 // any number. Names go out as they stand. Limit: what is written around a name is cut to 4,096 bytes.
 // Warning: in compact JSON a child behind an attribute still starts a line. In CSV, the separator of an item crosses
@@ -40,8 +40,8 @@ struct PairTag;
 
 class VELMORA_API MLDocOut : public MLDocBase {
 public:
-    // Where the bytes go. Neither this class nor the two sinks have a virtual destructor: own a sink by its own type, as a
-    // variable or by std::unique_ptr<BagWriter>, and never delete one through Writer, UTF8File or Bag.
+    // Where the bytes go. Neither this class nor the two sinks have a virtual destructor: own a sink by its own type,
+    // as a variable or by std::unique_ptr<BagWriter>, and never delete one through Writer, UTF8File or Bag.
     class VELMORA_API Writer {
     public:
         virtual void write_doc(const char* data, int size) = 0;
@@ -61,8 +61,8 @@ public:
         void end_doc() override;
     };
 
-    // Collects the document in a Bag. Names and texts that are written may be parts of that Bag. A class derived from this
-    // one gets every byte through its write_doc.
+    // Collects the document in a Bag. Names and texts that are written may be parts of that Bag. A class derived from
+    // this one gets every byte through its write_doc.
     class VELMORA_API BagWriter : public Writer, public Bag {
     public:
         void write_doc(const char* text, int n) override;
@@ -129,8 +129,8 @@ public:
     void endItem(const char* name);
 
     // Attributes. Throws: LCA__Could_not_write_attribute outside the head of an item.
-    // With `skipEmpty` or `skipZero` an empty or zero value is left out, but never in HTML and CSV, where it would cost a
-    // column.
+    // With `skipEmpty` or `skipZero` an empty or zero value is left out, but never in HTML and CSV, where it would cost
+    // a column.
     void writeAttrName(const char* name);
     // Text that needs no escaping; the second is bare in JSON.
     void writeSimpleAttr(const char* name, const ChPair& v);
@@ -164,8 +164,9 @@ public:
     void writeEnumAttr(const char* name, unsigned v, const PairTag* tags);
     void writeFlagsAttr(const char* name, unsigned v, const PairTag* tags);
 
-    // Escape a text by a function, by this object's, or by that of two forms. A ChArr is replaced, and null for an empty
-    // text; to a Bag the bytes are appended at its cursor, without a terminator. The text may be a part of either.
+    // Escape a text by a function, by this object's, or by that of two forms. A ChArr is replaced, and null for an
+    // empty text; to a Bag the bytes are appended at its cursor, without a terminator. The text may be a part of
+    // either.
     static void escapeString(Escape fn, const ChPair& s, ChArr& out);
     static void escapeString(Escape fn, const ChPair& s, Bag& out);
     void escapeString(const ChPair& s, ChArr& out) { escapeString(escape, s, out); }

@@ -1,5 +1,5 @@
-// Private: collects what one call of the writer has to say, so that it reaches the sink in one piece where it is short. In
-// a Bag it is put in its place at once.
+// Private: collects what one call of the writer has to say, so that it reaches the sink in one piece where it is short.
+// In a Bag it is put in its place at once.
 #ifndef VELMORA_MARKUP_MLDOCOUT_STAGE_H
 #define VELMORA_MARKUP_MLDOCOUT_STAGE_H
 
@@ -13,8 +13,8 @@
 #include <velmora/markup/scan.h>
 #include <velmora/text/overlap.h>
 
-// The parts that an entry is made of; a ChPair and a char are the others. Each says how long it is, and puts itself where there
-// is room for it and Run::kSlack bytes more.
+// The parts that an entry is made of; a ChPair and a char are the others. Each says how long it is, and puts itself
+// where there is room for it and Run::kSlack bytes more.
 
 // A text whose length the compiler knows.
 template <std::size_t N>
@@ -129,8 +129,8 @@ public:
 private:
     static constexpr int kRoom = 512;
 
-    // Before the rest of a long call. What a growing sink releases must not hold the texts of that rest: if they are the
-    // sink's own, all of the call is held back until its end.
+    // Before the rest of a long call. What a growing sink releases must not hold the texts of that rest: if they are
+    // the sink's own, all of the call is held back until its end.
     void passOn() {
         if (!hasAsked_ && textsLieInSink()) held_ = std::make_unique<Bag>();
         hasAsked_ = true;
@@ -214,8 +214,8 @@ private:
 
     int room() const { return static_cast<int>(begin_ + kRoom - end_); }
 
-    // The Bag that the bytes will go to, if it has room for all that the stage may hold. A class derived from BagWriter may
-    // do with the bytes what it likes, and is none.
+    // The Bag that the bytes will go to, if it has room for all that the stage may hold. A class derived from BagWriter
+    // may do with the bytes what it likes, and is none.
     static Bag* bagOf(const MLDocOut& out) {
         if (!out.writer) return nullptr;
         Writer& sink = *out.writer;

@@ -32,8 +32,8 @@ public:
         return PortableBlock(bytesAt<std::uint64_t>(p), bytesAt<std::uint64_t>(p + 8));
     }
 
-    // Marks the bytes that are `c`, those that are not, those below `limit`, which is at most 128, and those above one of
-    // at most 127.
+    // Marks the bytes that are `c`, those that are not, those below `limit`, which is at most 128, and those above one
+    // of at most 127.
     PortableBlock is(char c) const { return isNot(c).zeros(); }
     PortableBlock isNot(char c) const {
         const std::uint64_t all = kEveryByte * static_cast<unsigned char>(c);

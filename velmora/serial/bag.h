@@ -8,8 +8,8 @@
 //     bag >> number >> text;
 //
 // Values are little-endian; short, int, 64-bit and double values are aligned to their width, counted from the start
-// of the content. Every write ends with size = cursor: writing in the middle cuts off what lay after it. A write with the
-// cursor after the end leaves a gap in between, whose bytes are uninitialised; only aligned writes clear it.
+// of the content. Every write ends with size = cursor: writing in the middle cuts off what lay after it. A write with
+// the cursor after the end leaves a gap in between, whose bytes are uninitialised; only aligned writes clear it.
 // What is written may be a part of the same Bag: the result is as if it had been copied first.
 // Failure: a read of what is not there throws Bag::Exception, and the content is as it was. So does a negative count, a
 // read or write with the cursor below 0, and content beyond 1 GiB, which changes nothing. Memory that runs out is
@@ -99,8 +99,8 @@ public:
     // Negative when the cursor lies beyond the content.
     int getRestSize() const { return static_cast<int>(static_cast<unsigned>(size) - static_cast<unsigned>(cursor)); }
 
-    // Raw bytes at the cursor. The pointer forms give the place in the block, for the caller to fill or to read. A gap that
-    // a write leaves between the content and the cursor is uninitialised.
+    // Raw bytes at the cursor. The pointer forms give the place in the block, for the caller to fill or to read. A gap
+    // that a write leaves between the content and the cursor is uninitialised.
     void putData(const void* src, int n);
     char* putDataPtr(int n);
     void getData(void* dst, int n);
@@ -115,7 +115,8 @@ public:
     char* getDataPtrAligned(int n, int align);
     char* getDataPtrAligned(int n) { return getDataPtrAligned(n, n); }
 
-    // Opens `n` bytes at `at`, uncleared; a cursor at or after `at` moves along. No bytes change nothing, whatever `at`.
+    // Opens `n` bytes at `at`, uncleared; a cursor at or after `at` moves along. No bytes change nothing, whatever
+    // `at`.
     // Requires: 0 <= at <= size unless `n` is 0. Returns: data + at. Throws: for a negative `n`.
     void* insSpace(int at, int n);
     // Removes `n` bytes at `at`. Warning: a cursor at or behind `at` moves back by all of `n`, even below 0.
@@ -123,8 +124,8 @@ public:
     void delSpace(int at, int n);
 
     // Make the block hold `n` bytes; `n` bytes from the cursor on; exactly `n` bytes; exactly the content.
-    // A block of 0 bytes is released, and the cursor goes to 0. Throws: std::bad_array_new_length for exactly a negative
-    // number of bytes.
+    // A block of 0 bytes is released, and the cursor goes to 0. Throws: std::bad_array_new_length for exactly a
+    // negative number of bytes.
     void expand(int n);
     void reserve(int n);
     void setBufferSize(int n);

@@ -26,8 +26,8 @@ private:
 
 enum class BagEnd { Bare, Terminated };
 
-// Writes a head, aligned as 32-bit values are, the `n` bytes at `src`, and a zero byte if it is asked for. All of it goes
-// in or, with a failure, nothing: the cursor stays too.
+// Writes a head, aligned as 32-bit values are, the `n` bytes at `src`, and a zero byte if it is asked for. All of it
+// goes in or, with a failure, nothing: the cursor stays too.
 // Throws: Bag::Exception for a negative `n` and for what does not fit below the limit.
 void putParts(Bag& bag, const BagHead& head, const void* src, std::int64_t n, BagEnd end);
 

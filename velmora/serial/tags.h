@@ -6,7 +6,8 @@
 //     colours->translate("GREEN", -1);   // 2
 //     colours->translate(5, text);       // "red blue"
 //
-// Threads: a PairTag table fills in `nameEnd` on first use, without a lock; call init first if several threads share it.
+// Threads: a PairTag table fills in `nameEnd` on first use, without a lock; call init first if several threads share
+// it.
 #ifndef VELMORA_SERIAL_TAGS_H
 #define VELMORA_SERIAL_TAGS_H
 

@@ -18,7 +18,8 @@ namespace {
 constexpr int kDictionaries = 6;
 constexpr int kPositionalMax = 32;
 constexpr int kNumberMax = 21;  // bytes of a 64-bit number and its terminator
-// Bytes of a text with its terminator, for both kinds of result: a short message can ask for a long parameter many times.
+// Bytes of a text with its terminator, for both kinds of result: a short message can ask for a long parameter many
+// times.
 constexpr std::size_t kTextMax = std::size_t{1} << 30;
 
 // With the terminator. What a hook has made may be longer.

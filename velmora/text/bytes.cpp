@@ -31,8 +31,9 @@ void fold(Unit* b, const Unit* e, const Table& table) {
     }
 }
 
-// How a search sees bytes: as they are, or folded. `of` gives what is compared, `find` the first byte in [b, e) that is the
-// same as `c`, `equal` whether `n` bytes are the same, and `common` how many of them are before the first that is not.
+// How a search sees bytes: as they are, or folded. `of` gives what is compared, `find` the first byte in [b, e) that is
+// the same as `c`, `equal` whether `n` bytes are the same, and `common` how many of them are before the first that is
+// not.
 struct AsTheyAre {
     static unsigned char of(char c) { return static_cast<unsigned char>(c); }
     static const char* find(const char* b, const char* e, char c) {
@@ -84,9 +85,9 @@ std::size_t greatestSuffix(const char* p, std::size_t pn, std::size_t& period, B
     return suffix;
 }
 
-// The two-way search of Crochemore and Perrin: in linear time and without memory of its own. The pattern is cut where its
-// greatest suffix begins. Its right part is compared forwards, and then its left part backwards; a difference on the right
-// moves the pattern behind the byte that differs, one on the left moves it by its period.
+// The two-way search of Crochemore and Perrin: in linear time and without memory of its own. The pattern is cut where
+// its greatest suffix begins. Its right part is compared forwards, and then its left part backwards; a difference on
+// the right moves the pattern behind the byte that differs, one on the left moves it by its period.
 // Requires: 0 < pn <= n.
 template <class Bytes>
 char* findTwoWay(const char* s, std::size_t n, const char* p, std::size_t pn) {
@@ -121,8 +122,9 @@ char* findTwoWay(const char* s, std::size_t n, const char* p, std::size_t pn) {
     return nullptr;
 }
 
-// The walk of both pattern searches. The plain one is the fastest on ordinary text. It is slow where the text is full of
-// places at which much of a long pattern matches: so it counts the bytes that matched in vain, and gives way in time.
+// The walk of both pattern searches. The plain one is the fastest on ordinary text. It is slow where the text is full
+// of places at which much of a long pattern matches: so it counts the bytes that matched in vain, and gives way in
+// time.
 // Requires: 0 < pn <= n.
 template <class Bytes>
 char* findPattern(const char* s, std::size_t n, const char* p, std::size_t pn) {

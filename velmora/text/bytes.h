@@ -1,6 +1,7 @@
 // Byte strings: copying, comparing, searching and case folding over raw pointers, and the tables behind them.
 // "_ascii" in a name means that one byte is one character; the byte tables follow the process's character locale
-// as it was when the library was loaded, except for the letters A to Z and a to z, whose case is always that of ASCII. Everything here works on its arguments only and is reentrant.
+// as it was when the library was loaded, except for the letters A to Z and a to z, whose case is always that of ASCII.
+// Everything here works on its arguments only and is reentrant.
 // Cost: time linear in the arguments, of the searches too (text and pattern together); no search allocates.
 //
 // A text is zero-terminated, or a pointer and a length, or [begin, end): each signature tells which. Strings that

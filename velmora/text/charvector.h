@@ -1,7 +1,7 @@
 // Growing UTF-8 text: zero-terminated, with a stored length and spare room.
 // Only append and insert leave spare room; every other store allocates the exact size.
-// Limit: a text, or a sum of texts, that an `int` cannot count with its terminator is std::bad_alloc, and changes nothing.
-// Lifetime: a pointer into the text dies with the next operation that may reallocate.
+// Limit: a text, or a sum of texts, that an `int` cannot count with its terminator is std::bad_alloc, and changes
+// nothing. Lifetime: a pointer into the text dies with the next operation that may reallocate.
 //
 //     CharVector text("Hello");
 //     text << ", " << name << '!';

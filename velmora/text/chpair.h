@@ -245,8 +245,8 @@ public:
     // The last item of a path without its extension; ".profile" has an empty one.
     ChPair parsePath() const;
 
-    // The whole view as a number, by the range functions of numbers.h. Returns: false for anything else, with the output
-    // as those leave it.
+    // The whole view as a number, by the range functions of numbers.h. Returns: false for anything else, with the
+    // output as those leave it.
     bool getInt(int& out) const { return strtoint(begin, stop(), &out); }
     bool getUInt(unsigned& out) const { return strtouint(begin, stop(), &out); }
     bool getInt64(std::int64_t& out) const { return strtoint64(begin, stop(), &out); }
@@ -290,8 +290,8 @@ private:
     ChPair readable() const noexcept { return ChPair(begin, stop()); }
 };
 
-// The six comparisons of a `Left` with a `Right` that no class has as members, by what `View` makes of both. Each pair of
-// types has its own: the next best overload would compare two addresses or a copy that is cut at a zero byte.
+// The six comparisons of a `Left` with a `Right` that no class has as members, by what `View` makes of both. Each pair
+// of types has its own: the next best overload would compare two addresses or a copy that is cut at a zero byte.
 #define VELMORA_COMPARE_TEXTS(View, Left, Right)                           \
     inline bool operator==(Left a, Right b) { return View(a) == View(b); } \
     inline bool operator!=(Left a, Right b) { return View(a) != View(b); } \

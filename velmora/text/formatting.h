@@ -1,5 +1,5 @@
-// Private: text by the rules of printf, of a format with the one limit that all formatting members share, and of a double
-// alone, whatever the process's locale is.
+// Private: text by the rules of printf, of a format with the one limit that all formatting members share, and of a
+// double alone, whatever the process's locale is.
 #ifndef VELMORA_TEXT_FORMATTING_H
 #define VELMORA_TEXT_FORMATTING_H
 
@@ -34,7 +34,8 @@ private:
 // The bytes that putDouble may write: sign, 309 digits, point, six digits, terminator.
 constexpr int kDoubleTextSize = 318;
 
-// "%f" of printf in the "C" locale, with a terminator. Infinities and NaN are "inf" and "nan", with the sign that they have.
+// "%f" of printf in the "C" locale, with a terminator. Infinities and NaN are "inf" and "nan", with the sign that they
+// have.
 // Requires: `out` has kDoubleTextSize bytes. Returns: the place of the terminator.
 inline char* putDouble(double v, char* out) {
     char* p = out;

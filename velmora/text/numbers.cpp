@@ -30,8 +30,8 @@ bool hasHexPrefix(const char* b, const char* e) { return e - b >= 2 && b[0] == '
 // White space of the "C" locale. Another one may have more, and isspace asks the one in force.
 bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 
-// Runs a converter of the runtime, which must take in all of the text. It gets no white space to judge: a byte from 0x80
-// up may be some in the locale in force, and is never the begin of a number.
+// Runs a converter of the runtime, which must take in all of the text. It gets no white space to judge: a byte from
+// 0x80 up may be some in the locale in force, and is never the begin of a number.
 template <class Convert, class T>
 bool convertAll(const char* s, T* out, Convert convert) {
     if (!s) return false;
@@ -109,8 +109,8 @@ bool number32(const char* b, const char* e, T* out) {
     return strtohex(b, e, reinterpret_cast<unsigned*>(out));
 }
 
-// Underflow is what the C library calls so: a result below the normal range that is not just what the text says. Not below
-// is what comes to the least normal number at full precision, so a text may be a little less than that number.
+// Underflow is what the C library calls so: a result below the normal range that is not just what the text says. Not
+// below is what comes to the least normal number at full precision, so a text may be a little less than that number.
 
 // The significant digits of a decimal text against others, which begin with no zero. Where the point is does not count.
 int compareDigits(const char* b, const char* e, const char* digits) {

@@ -3,8 +3,9 @@
 // functions are the library's own and convert in place, inside a document's block.
 // A false result leaves the output untouched, except where told. White space is the six bytes of the "C" locale.
 //
-// A double is what strtod takes in the "C" locale, whatever the locale of the process is and on every platform: its point
-// is '.', and overflow and underflow (a result below the normal range that is not exact) are false, with ERANGE in errno.
+// A double is what strtod takes in the "C" locale, whatever the locale of the process is and on every platform: its
+// point is '.', and overflow and underflow (a result below the normal range that is not exact) are false, with ERANGE
+// in errno.
 #ifndef VELMORA_TEXT_NUMBERS_H
 #define VELMORA_TEXT_NUMBERS_H
 

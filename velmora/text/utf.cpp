@@ -1,5 +1,5 @@
-// One decoder and one encoder serve everything here. Both are inline and stop at the end they are given; a decoder takes
-// in every continuation byte that follows, however many a lead byte announces.
+// One decoder and one encoder serve everything here. Both are inline and stop at the end they are given; a decoder
+// takes in every continuation byte that follows, however many a lead byte announces.
 #include <velmora/text/utf.h>
 
 #include <cstring>
@@ -176,8 +176,8 @@ int strcmp_i_utf8(const char* b1, const char* e1, const char* b2, const char* e2
         const char* next1 = decode(char1, start1, e1);
         const char* next2 = decode(char2, start2, e2);
         if (next1 <= p1 && next2 <= p2 && upper(char1) == upper(char2)) {
-            // Both ways back led over stray continuation bytes to a letter before them, and going on behind it would come
-            // here for ever: the stray bytes are compared as the character that they decode to.
+            // Both ways back led over stray continuation bytes to a letter before them, and going on behind it would
+            // come here for ever: the stray bytes are compared as the character that they decode to.
             next1 = decode(char1, start1 + 1, e1);
             next2 = decode(char2, start2 + 1, e2);
         }
