@@ -123,7 +123,7 @@ std::string bashCompletion(const CommandList& list) {
         if (group != name && groups.find(words) == std::string::npos) groups += words;
     }
     options += wordsCase("*", namesOf(list.commonOptions));
-    return R"(# Completion of velmora's commands, options and their values for bash. Where it knows nothing, files are offered.
+    return R"(# Completion of velmora's commands, options and their values for bash. Elsewhere it offers files.
 _velmora() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} words= i
     local -a path=()

@@ -450,7 +450,7 @@ TEST(MLDocConvertEscape, ValueMayBeAPartOfTheTarget) {
 TEST(MLDocConvertEscape, RefusedPartOfTheTargetLeavesWhatWasDecoded) {
     MLDoc doc;
     doc.format = MLDocBase::XML;
-    const std::string text = "XXX&lt;b&x;rest";
+    const std::string text = "abc&lt;b&x;rest";
     EXPECT_EQ("refused: <b", insideChArr(doc, text, 3, 12));
     EXPECT_EQ("refused: <b", insideCharVector<0>(doc, text, 3, 12));
     EXPECT_EQ("refused: <b", insideCharVector<100>(doc, text, 3, 12));

@@ -1,4 +1,4 @@
-# Completion of velmora's commands, options and their values for bash. Where it knows nothing, files are offered.
+# Completion of velmora's commands, options and their values for bash. Elsewhere it offers files.
 _velmora() {
     local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]} words= i
     local -a path=()
