@@ -20,7 +20,7 @@ constexpr const char* kTooMuchOverlap = "the texts share their bytes too often t
 std::vector<std::string> libraryKeys();
 std::uint32_t libraryStamp();
 
-// Loads an XLIFF file. Returns: the exit status; what is wrong has been told.
+// Loads an XLIFF file. Returns: the exit status; faults have been reported.
 int loadXliff(const std::string& path, Xliff& out);
 
 // Loads a .lng file. What is wrong goes to `problems`. Returns: as LngFile::parse. Throws: TTT when it cannot be read.

@@ -120,7 +120,7 @@ private:
     }
 };
 
-// Returns: the exit status; what is wrong has been told.
+// Returns: the exit status; faults have been reported.
 int loadLngReference(const std::string& path, Reference& out) {
     LngFile file;
     std::vector<std::string> problems;

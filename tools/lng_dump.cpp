@@ -23,7 +23,7 @@ bool isLibrarys(const LngFile& file) {
     return file.stamp == libraryStamp() && file.texts.size() == libraryKeys().size();
 }
 
-// Returns: the exit status; what is wrong has been told.
+// Returns: the exit status; faults have been reported.
 int loadKeys(const Arguments& arguments, Dictionary& dictionary) {
     if (!arguments.has("--keys")) {
         if (isLibrarys(dictionary.file)) dictionary.keys = libraryKeys();
@@ -39,7 +39,7 @@ int loadKeys(const Arguments& arguments, Dictionary& dictionary) {
     return kBadInput;
 }
 
-// Returns: the exit status; what is wrong has been told.
+// Returns: the exit status; faults have been reported.
 int loadFile(Dictionary& dictionary) {
     std::vector<std::string> problems;
     const bool whole = loadLng(dictionary.path, dictionary.file, problems);
@@ -99,7 +99,7 @@ void putXliff(const Dictionary& dictionary) {
     writer.end();
 }
 
-// Returns: the exit status; what is wrong has been told.
+// Returns: the exit status; faults have been reported.
 int tellUnwritable(const Dictionary& dictionary) {
     int status = kDone;
     for (std::size_t i = 0; i < dictionary.file.texts.size(); ++i) {

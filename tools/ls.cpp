@@ -56,7 +56,7 @@ void setFilter(ZFindFile& find, const Arguments& arguments) {
 // Returns: 0, or the number of the system's error when not all entries could be read.
 int read(ZFindFile& find, std::vector<Entry>& entries) {
     for (;;) {
-        errno = 0;  // and so it is at the true end, or ENOENT where the runtime's own call tells the end by it
+        errno = 0;  // it stays 0 at the true end; some runtimes report the end as ENOENT
         if (!find.next()) return errno == ENOENT ? 0 : errno;
         entries.push_back(Entry{find.getName(), find.getSize(), find.getTime(), find.attributes});
     }

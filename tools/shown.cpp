@@ -20,7 +20,7 @@ constexpr Range kUnprintable[] = {{0, 0x1F},        {0x7F, 0x9F},     {0x61C, 0x
 
 bool isContinuation(char c) { return (c & 0xC0) == 0x80; }
 
-// A sequence of `length` bytes as its lead tells, whatever it encodes; 0 where the bytes are none.
+// A sequence of `length` bytes as its lead byte says, whatever it encodes; 0 where the bytes are none.
 Character decodeSequence(const char* p, const char* end) {
     const auto lead = static_cast<unsigned char>(*p);
     if (lead < 0x80) return {1, lead};

@@ -120,7 +120,7 @@ private:
         put(out + '\n');
     }
 
-    // Returns: whether something has been appended in the meantime; a line without an end is not read again before. A
+    // Returns: whether something has been appended meanwhile; a line without an end is not read again before. A
     // file that has become shorter is another one, and read from its start.
     bool look() {
         const std::int64_t size = log_.getStreamSize();

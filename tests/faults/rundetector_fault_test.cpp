@@ -156,7 +156,7 @@ TEST_F(RunDetectorFault, EveryCallMayFail) {
 
 // ---- several processes ----
 
-// What the processes of a race see of each other.
+// Counters that the processes of a race share.
 struct Ring {
     std::atomic<bool> begun;
     std::atomic<int> holders;
@@ -351,7 +351,7 @@ TEST_F(RunDetectorFault, OnlyLeftoversAreRemoved) {
     EXPECT_EQ("kept", folder.read("target"));
 }
 
-// The held file may have such a name of its own, when the path is a link to it.
+// The held file itself may have such a name, when the path is a link to it.
 TEST_F(RunDetectorFault, HeldFileIsNoLeftover) {
     folder.write("lock.1.2", "");
     std::filesystem::create_symlink("lock.1.2", folder.file("lock"));
@@ -416,7 +416,7 @@ TEST_F(RunDetectorFault, FileBesideTheLockIsMadeAnew) {
 TEST_F(RunDetectorFault, RunWhoseFileWasTakenForALeftoverTriesAgain) {
     const AllFail fail({"open O_TMPFILE"}, EOPNOTSUPP);
     RunDetector run(base.c_str(), "lock");
-    constexpr int kLockOfTheFile = 2;  // behind two opens
+    constexpr int kLockOfTheFile = 2;  // after two opens
     const faults::Fault fault = faults::failNth(kLockOfTheFile, EAGAIN, [&] { EXPECT_TRUE(run.lock()); });
     EXPECT_EQ("fcntl", fault.function);
     EXPECT_EQ(RunDetector::Running, state());

@@ -1,5 +1,5 @@
-// The other process of the tests of locks and logs. It says what it has done in lines on standard output, and is told
-// to go on by lines on standard input.
+// The other process of the tests of locks and logs. It reports what it has done in lines on standard output, and goes
+// on at lines on standard input.
 //
 //     hold FOLDER NAME             locks; says "held" or "refused"; then, by line: "unlock" gives up, "state" says the
 //                                  state, "start" starts a process that answers, "leave" ends without giving up

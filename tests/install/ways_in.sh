@@ -42,7 +42,7 @@ fresh_sources() {
     (cd "$source" && git ls-files -z --cached --others --exclude-standard | xargs -0 cp --parents -t "$1" 2>/dev/null)
 }
 
-# What the program prints for the example is what README says.
+# Compares the program's output for the example with README's.
 expect_output() {
     local expected
     expected=$(printf 'language = eng\nwindow.title = Notes & Tasks')

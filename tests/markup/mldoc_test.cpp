@@ -414,7 +414,7 @@ TEST(MLDocLoad, DataMayBeAPartOfTheFormerDocument) {
     expectReleased(doc);
 }
 
-// The name of what is loaded next may stand in the document, or in the Bag.
+// The name of the next document may lie in this one, or in the Bag.
 TEST(MLDocLoad, NameMayBeAPartOfTheFormerDocument) {
     support::TempFolder folder;
     const std::string path = folder.write("inner.xml", "<inner/>");

@@ -338,7 +338,7 @@ std::string insideChArr(const MLDoc& doc, const std::string& text, int from, int
     return out.data;
 }
 
-// The exact array, and one that has room behind the text.
+// The exact array, and one that has room after the text.
 template <int Room>
 std::string insideCharVector(const MLDoc& doc, const std::string& text, int from, int to) {
     CharVector out(text);

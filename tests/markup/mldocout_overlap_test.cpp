@@ -93,7 +93,7 @@ const Place kPlaces[] = {
     {20, 5, 19}, {1010, 1021, 2021}, {520, 20, 1020}, {2015, 0, 2021},
 };
 
-// How much room the block has, and how far behind the texts' begin the cursor is; negative: behind all of them.
+// How much room the block has, and how far after the texts' begin the cursor is; negative: after all of them.
 struct Setting {
     int line;
     int room;

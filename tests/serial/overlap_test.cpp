@@ -61,11 +61,11 @@ const Form<TTT> kMessageForms[] = {
     {__LINE__, [](TTT& m, char* p, char* e) { m = ChPair(p, e); }},
 };
 
-// Content with stale bytes behind it, and the cursor somewhere.
+// Content with stale bytes after it, and the cursor somewhere.
 struct Setting {
     int line;
-    int room;    // bytes of the block behind the texts
-    int cursor;  // negative: behind the texts
+    int room;    // bytes of the block after the texts
+    int cursor;  // negative: after the texts
     int size;    // negative: that of the texts
 };
 const Setting kSettings[] = {
@@ -74,7 +74,7 @@ const Setting kSettings[] = {
     {__LINE__, 0, 9, -1},     {__LINE__, 1000, 9, -1},   {__LINE__, 0, 50, -1},
     {__LINE__, 1000, 50, -1}, {__LINE__, 1000, 353, -1}, {__LINE__, 0, 0, 0},  // over what is content no more
     {__LINE__, 1000, 0, 0},   {__LINE__, 0, 3, 0},       {__LINE__, 1000, 3, 0},
-    {__LINE__, 1000, 41, 7},  {__LINE__, 1000, 900, -1},  // behind a gap
+    {__LINE__, 1000, 41, 7},  {__LINE__, 1000, 900, -1},  // after a gap
 };
 
 void fill(Bag& bag, const Setting& setting) {

@@ -70,8 +70,8 @@ TEST(BagMemory, FailedGrowthLeavesTheContent) {
     }
 }
 
-// An aligned write moves the cursor before it grows: it ends behind what was to be written. What is written in several
-// parts goes in whole or not at all.
+// An aligned write moves the cursor before it grows: it ends after the bytes that were to be written. What is written
+// in several parts goes in whole or not at all.
 TEST(BagMemory, FailedAlignedWriteLeavesTheContent) {
     struct Row {
         int line;

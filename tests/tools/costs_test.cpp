@@ -1,4 +1,4 @@
-// Small input that asks for much: the tool stays within its bounds, and tells when they end it.
+// Small input that asks for much: the tool stays within its bounds, and reports when it stops at one.
 #include <algorithm>
 #include <fstream>
 
@@ -18,7 +18,7 @@ std::string repeated(const std::string& text, int count) {
 
 std::string nested(int depth) { return repeated("<a>", depth) + repeated("</a>", depth); }
 
-// A row for each number, with a column of its own.
+// A row for each number, each with its own column.
 std::string rowsOfNewColumns(int count) {
     std::string out = "<r>";
     for (int i = 0; i < count; ++i) out += "<a c" + std::to_string(i) + "=\"1\"/>";
@@ -29,7 +29,7 @@ void appendWord(std::string& out, std::uint32_t value) {
     for (int shift = 0; shift < 32; shift += 8) out += static_cast<char>(value >> shift & 0xFF);
 }
 
-// A .lng file of texts in one block, each `step` bytes behind the former.
+// A .lng file of texts in one block, each `step` bytes after the previous one.
 std::string overlapping(const std::string& block, int count, int step) {
     std::string out;
     for (std::uint32_t word : {0U, 0x524C434CU, 1U, 8U, 1U}) appendWord(out, word);
@@ -106,7 +106,7 @@ TEST_F(ToolCosts, TextsThatShareATailAreRefused) {
     EXPECT_EQ(0, run({"lng", "dump", few, "--xliff"}).status);
 }
 
-// All at one place, with the placeholders of each to be told.
+// All at one place, so that a message lists the placeholders of each.
 TEST_F(ToolCosts, ListsOfPlaceholdersAreCut) {
     constexpr int count = 100;
     const std::string path = folder.write("same.lng", overlapping(repeated("%d", 5000), count, 0));

@@ -126,7 +126,7 @@ TEST(Excerpt, CharacterThatBeginsLikeTheMarkIsShown) {
     EXPECT_EQ("\xEF\xBB\x80x\n ^\n", tool::excerpt("\xEF\xBB\x80x\n", 3));
 }
 
-// A stray byte is a place of its own, also after a character that could have taken it.
+// A stray byte has its own column, also after a character that could have taken it.
 TEST(Excerpt, StrayByteIsNoPartOfTheCharacterInFront) {
     const std::string lines = tool::excerpt("\xC3\xA9\x80x\n", 2);
     EXPECT_EQ(" ^\n", lines.substr(lines.find('\n') + 1));

@@ -96,7 +96,7 @@ TEST_F(ToolLs, FormsAreWellFormedWhateverTheNamesAre) {
     const ToolResult csv = run({"ls", mask(), "--csv"});
     EXPECT_EQ(0u, csv.out.find("\"a\\u001B\\n\\\"\\\\\\u007F\\u009B\\u202E\",false,0,")) << csv.out;
     EXPECT_NE(std::string::npos, csv.out.find("\r\n\"b\xEF\xBF\xBD\xC3\xA4\",false,0,")) << csv.out;
-    // The mask stands in the document, too.
+    // The document also holds the mask.
     std::filesystem::create_directory(listed.file("c\x1B"));
     const ToolResult inner = run({"ls", mask("c\x1B"), "--json"});
     EXPECT_EQ(0, inner.status);

@@ -214,7 +214,7 @@ TEST_F(ToolOutput, FullDeviceIsAFailure) {
     }
 }
 
-// Whatever a command writes, it tells that the disk has not taken it.
+// Every command reports that the disk has not taken its output.
 TEST_F(ToolOutput, FullDeviceIsAFailureOfEveryCommand) {
     if (!std::ofstream("/dev/full")) GTEST_SKIP() << "there is no /dev/full";
     const std::string document = folder.write("a.xml", "<a b=\"1\"/>");

@@ -123,9 +123,8 @@ public:
     // Releases the block.
     void removeAll();
 
-    // Moves [from, to) into `dst`, in front of the item at `at` or to the end. What the items point to changes hands
-    // with them. `dst` may be *this: the three indices are those before the move, and an `at` in [from, to] changes
-    // nothing.
+    // Moves [from, to) into `dst`, in front of the item at `at` or to the end. Ownership moves with the items. `dst`
+    // may be *this: the three indices are those before the move, and an `at` in [from, to] changes nothing.
     // Requires: `to` and `at` are in range.
     void moveRangeTo(int from, int to, SimpleVector& dst, int at);
     void moveRangeTo(int from, int to, SimpleVector& dst);

@@ -18,7 +18,7 @@
 #include <velmora/containers/vectors.h>
 
 // Print by the rules of printf; without `stream`, to the standard output. Limit: 32,768 bytes.
-// Warning: after a call whose result is empty the next call takes a new block of that size, and the former block is
+// Warning: after a call whose result is empty the next call takes a new block of that size, and the old block is
 // never released. A program that prints empty texts again and again grows by 32 KiB each time.
 VELMORA_API void utf8printf(const char* format, ...) VELMORA_PRINTF(1, 2);
 VELMORA_API void utf8printf(FILE* stream, const char* format, ...) VELMORA_PRINTF(2, 3);

@@ -1,6 +1,6 @@
 // The entries of a folder, by a UTF-8 mask, with UTF-8 names and a filter of two masks of attribute bits. "." and ".."
 // are never shown. A folder that cannot be listed, or not to its end, and one with nothing more look the same: next()
-// is false. `errno` tells them apart.
+// is false. `errno` shows which it is.
 //
 //     ZFindFile find("/var/log");
 //     find.allowDirs(true);

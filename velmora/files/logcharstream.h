@@ -56,8 +56,8 @@ public:
     // Within the piece only the cursor moves and the file is not touched.
     bool setStreamPosition(std::int64_t position);
 
-    // The next line into `line`, with its carriage returns and its line feed and a zero byte behind; `length` counts
-    // what is in front of that zero, and `nextPosition` is the start of the line behind it. A backslash at the end of a
+    // The next line into `line`, with its carriage returns and its line feed and a zero byte after it; `length` counts
+    // the bytes before that zero, and `nextPosition` is the start of the line after it. A backslash at the end of a
     // line, also in front of carriage returns, joins the next line to this one.
     // Returns: false when no complete line lies ahead, which is no error; so it is, too, at a last line without a line
     // feed. `line` then holds the `length` bytes so far, without a zero byte, and `nextPosition` is as it was. A stream

@@ -54,7 +54,7 @@ void MLDocOut::writeAttrName(const char* name) {
 
 void MLDocOut::addName(Stage& stage, const char* name) {
     if (!has(AttributesOpen)) throw TTT(VELMORA_DICT, LCA__Could_not_write_attribute);
-    // What stands before the name.
+    // The bytes before the name.
     const auto addLead = [this, &stage](bool first) {
         switch (format) {
             case XML:

@@ -10,7 +10,7 @@
 // Values are little-endian; short, int, 64-bit and double values are aligned to their width, counted from the start
 // of the content. Every write ends with size = cursor: writing in the middle cuts off what lay after it. A write with
 // the cursor after the end leaves a gap in between, whose bytes are uninitialised; only aligned writes clear it.
-// What is written may be a part of the same Bag: the result is as if it had been copied first.
+// An argument may be a part of the same Bag: the result is as if it had been copied first.
 // Failure: a read of what is not there throws Bag::Exception, and the content is as it was. So does a negative count, a
 // read or write with the cursor below 0, and content beyond 1 GiB, which changes nothing. Memory that runs out is
 // std::bad_alloc; an aligned write has then moved the cursor to its end. A negative size, which the length of a corrupt

@@ -9,7 +9,7 @@
 //
 // Operators: `<` appends a parameter for %d, %s and their kin, `<<` a tagged parameter for %{1}, `<=` a further
 // template. A template uses one kind of parameters and must use all of them.
-// What is appended may be a part of the same message.
+// An argument may be a part of the same message.
 // Threads: translate and getIds move the cursor of the message, so one message is for one thread at a time.
 #ifndef VELMORA_SERIAL_TTT_H
 #define VELMORA_SERIAL_TTT_H

@@ -85,9 +85,9 @@ std::size_t greatestSuffix(const char* p, std::size_t pn, std::size_t& period, B
     return suffix;
 }
 
-// The two-way search of Crochemore and Perrin: in linear time and without memory of its own. The pattern is cut where
+// The two-way search of Crochemore and Perrin: in linear time and without extra memory. The pattern is cut where
 // its greatest suffix begins. Its right part is compared forwards, and then its left part backwards; a difference on
-// the right moves the pattern behind the byte that differs, one on the left moves it by its period.
+// the right moves the pattern past the byte that differs, one on the left moves it by its period.
 // Requires: 0 < pn <= n.
 template <class Bytes>
 char* findTwoWay(const char* s, std::size_t n, const char* p, std::size_t pn) {

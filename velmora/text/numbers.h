@@ -1,7 +1,7 @@
 // Text to numbers, without exceptions. There are two grammars, and they are not interchangeable: the zero-terminated
 // functions are the C runtime's converters (leading white space, a sign also in front of unsigned numbers), the range
 // functions are the library's own and convert in place, inside a document's block.
-// A false result leaves the output untouched, except where told. White space is the six bytes of the "C" locale.
+// A false result leaves the output untouched, except where noted. White space is the six bytes of the "C" locale.
 //
 // A double is what strtod takes in the "C" locale, whatever the locale of the process is and on every platform: its
 // point is '.', and overflow and underflow (a result below the normal range that is not exact) are false, with ERANGE

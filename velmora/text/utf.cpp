@@ -55,7 +55,7 @@ inline utf16_t upper(utf16_t c) { return chr_upper_table_utf16[static_cast<unsig
 void fold(char* p, const char* e, const utf16_t* table) {
     constexpr int kBytesOfUnit = 3;  // continuation bytes that 16 bits have room for: earlier ones are shifted out
     if (!p) return;
-    const char* runEnd = p;  // where the continuation bytes that follow the one at `p` end, when that is behind `p`
+    const char* runEnd = p;  // where the continuation bytes that follow the one at `p` end, when that is after `p`
     while (p < e) {
         utf16_t c;
         if (runEnd - p > kBytesOfUnit) {
