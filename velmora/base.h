@@ -42,6 +42,15 @@
 #define VELMORA_PRINTF(text, first)
 #endif
 
+// A function that is not to become part of its callers, which are small without it.
+#if defined(__GNUC__)
+#define VELMORA_NOINLINE __attribute__((noinline))
+#elif defined(_MSC_VER)
+#define VELMORA_NOINLINE __declspec(noinline)
+#else
+#define VELMORA_NOINLINE
+#endif
+
 // Defined where `long` and `long long` are two types of 64 bits, so that overload sets need both.
 #if defined(__LP64__)
 #define VELMORA_LP64 1

@@ -146,6 +146,7 @@ public:
 protected:
     bool has(int i) const { return i >= 0 && i < count; }
     void init(const SimpleVector& s);
+    void grow(int n);
     void deallocate() { delete[] data; }
     void zero();
     void closeGap(int from, int to);
@@ -375,7 +376,12 @@ T SimpleVector<T>::subst(int i, T x) {
 
 template <class T>
 void SimpleVector<T>::expand(int n) {
-    if (n <= allocateCount) return;
+    if (n > allocateCount) grow(n);
+}
+
+// Out of line, so that append is small enough to become a part of its callers.
+template <class T>
+VELMORA_NOINLINE void SimpleVector<T>::grow(int n) {
     int capacity = memory_recommend(n);
     T* block = new T[capacity];
     if (count != 0) std::memcpy(static_cast<void*>(block), data, sizeof(T) * static_cast<std::size_t>(count));
@@ -398,8 +404,10 @@ T* SimpleVector<T>::prepare(int n) {
 
 template <class T>
 void SimpleVector<T>::append(T x) {
-    if (count >= allocateCount) expand(velmora::detail::countWith(count, 1));
-    data[count++] = x;
+    const int n = count;
+    if (n >= allocateCount) grow(velmora::detail::countWith(n, 1));
+    data[n] = x;
+    count = n + 1;  // last: the item may be an int too, and a count stored earlier would have to be read again
 }
 
 template <class T>
