@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <cstddef>
 #include <cstdint>
@@ -484,6 +485,44 @@ TEST(CharVectorAppend, KeepsTheArrayWhileThereIsRoom) {
         expected += 'x';
         expectText(__LINE__, expected, 16, v);
         EXPECT_EQ(before, v.data);
+    }
+}
+
+// In an array that prepare made: full, with the last byte free, with more, and with a text that was cut to nothing.
+TEST(CharVectorAppend, UsesTheRoomToTheLastByte) {
+    for (const int allocated : {0, 1, 2, 3, 15, 16, 17, 32, 300}) {
+        for (int before = 0; before < std::max(allocated, 1); ++before) {
+            for (int added = 0; added <= allocated + 1; ++added) {
+                SCOPED_TRACE(std::to_string(allocated) + " bytes, " + std::to_string(before) + " and " +
+                             std::to_string(added) + " of text");
+                const std::string front = std::string("abcdefghijklmnopq").substr(0, static_cast<std::size_t>(before)) +
+                                          std::string(static_cast<std::size_t>(std::max(before - 17, 0)), '-');
+                const std::string more(static_cast<std::size_t>(added), '+');
+                CharVector whole, single;
+                for (CharVector* v : {&whole, &single}) {
+                    if (allocated > 1) {
+                        v->prepare(allocated - 1);
+                    } else if (allocated == 1) {
+                        v->data = new char[1]();
+                        v->allocateCount = 1;
+                    }
+                    if (v->data) std::memset(v->data, '#', static_cast<std::size_t>(allocated));
+                    if (v->data) std::memcpy(v->data, front.c_str(), front.size() + 1);
+                    v->count = before;
+                }
+                const int need = before + added + 1;
+                const int capacity = added == 0 || need <= allocated ? allocated : memory_recommend(need);
+                char* const array = whole.data;
+                whole.append(more);
+                for (const char c : more) single.append(c);
+                ASSERT_EQ(capacity, whole.allocateCount);
+                ASSERT_EQ(capacity == allocated, array == whole.data);
+                for (const CharVector* v : {&whole, &single}) {
+                    ASSERT_EQ(before + added, v->count);
+                    ASSERT_EQ(front + more, std::string((*v)()));
+                }
+            }
+        }
     }
 }
 

@@ -83,23 +83,21 @@ void CharVector::assign(const char* s, std::size_t n) {
     allocateCount = room;
 }
 
-void CharVector::append(const char* s, std::size_t n) {
+// What append does not do at once: nothing, or into a greater block.
+void CharVector::appendSlowly(const char* s, std::size_t n) {
     if (n == 0) return;
-    const int need = roomFor(count, n);
-    if (need <= allocateCount) {
-        std::memmove(data + count, s, n);
-    } else {
-        int capacity;
-        char* text = newBlock(need, capacity);
-        if (count != 0) std::memcpy(text, data, static_cast<std::size_t>(count));
-        std::memcpy(text + count, s, n);  // before the old text goes: `s` may lie in it
-        delete[] data;
-        data = text;
-        allocateCount = capacity;
-    }
+    int capacity;
+    char* text = newBlock(roomFor(count, n), capacity);
+    if (count != 0) std::memcpy(text, data, static_cast<std::size_t>(count));
+    std::memcpy(text + count, s, n);  // before the old text goes: `s` may lie in it
+    delete[] data;
+    data = text;
+    allocateCount = capacity;
     count += static_cast<int>(n);
     data[count] = 0;
 }
+
+void CharVector::appendSlowly(char c) { appendSlowly(&c, 1); }
 
 void CharVector::clear() {
     delete[] data;

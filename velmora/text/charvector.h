@@ -8,6 +8,8 @@
 #ifndef VELMORA_TEXT_CHARVECTOR_H
 #define VELMORA_TEXT_CHARVECTOR_H
 
+#include <climits>
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <type_traits>
@@ -64,10 +66,24 @@ public:
     void assign(const char* b, const char* e) { assign(b, ChPair(b, e).size()); }
 
     // Appends; the source may lie inside the text. Null: nothing.
-    void append(const char* s, std::size_t n);
+    void append(const char* s, std::size_t n) {
+        if (!hasRoom(n)) return appendSlowly(s, n);
+        const std::size_t end = length() + n;
+        char* const text = data;
+        std::memmove(text + (end - n), s, n);
+        text[end] = 0;
+        count = static_cast<int>(end);
+    }
     void append(const char* b, const char* e) { append(ChPair(b, e)); }
     void append(const char* s) { append(s, s ? std::strlen(s) : 0); }
-    void append(char c) { append(&c, std::size_t{1}); }
+    void append(char c) {
+        if (!hasRoom(1)) return appendSlowly(c);
+        const std::size_t end = length() + 1;
+        char* const text = data;
+        text[end - 1] = c;
+        text[end] = 0;
+        count = static_cast<int>(end);
+    }
     void append(const ChPair& s) { append(s.begin, s.size()); }
     void append(const ChArr& s) { append(s.data); }
     void append(const std::string& s) { append(s.data(), s.size()); }
@@ -173,6 +189,16 @@ public:
 protected:
     void init(const char* s, std::size_t n);
     void init_str(const char* s) { init(s, s ? std::strlen(s) : 0); }
+
+private:
+    // The count as it is added up: without a sign, which would have to be extended first.
+    std::size_t length() const { return static_cast<unsigned>(count); }
+    // Whether there is something to append, and the block holds it with the terminator.
+    bool hasRoom(std::size_t n) const {
+        return n - 1 < INT_MAX && static_cast<std::int64_t>(length() + n) < allocateCount;
+    }
+    void appendSlowly(const char* s, std::size_t n);
+    void appendSlowly(char c);
 };
 
 VELMORA_COMPARE_TEXTS(ChPair, const char*, const CharVector&)
