@@ -155,12 +155,14 @@ bool Bag::operator==(const Bag& s) const {
     return size == s.size && std::memcmp(data, s.data, static_cast<std::size_t>(size)) == 0;
 }
 
+void Bag::missing() { throw Exception(); }
+
 // Whether `n` bytes of content stand at the cursor, which may be anywhere.
 bool Bag::readable(int n) const { return n >= 0 && cursor >= 0 && n <= static_cast<std::int64_t>(size) - cursor; }
 
 void Bag::align(int to) { cursor = alignUp(cursor, to); }
 
-void Bag::putData(const void* src, int n) {
+void Bag::putDataSlowly(const void* src, int n) {
     const int end = endBehind(cursor, n);
     if (end > bufferSize) src = growBeside(*this, capacityFor(end), src);
     move(data + cursor, src, n);

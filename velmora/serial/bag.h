@@ -20,6 +20,7 @@
 #define VELMORA_SERIAL_BAG_H
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 #include <velmora/base.h>
@@ -101,7 +102,12 @@ public:
 
     // Raw bytes at the cursor. The pointer forms give the place in the block, for the caller to fill or to read. A gap
     // that a write leaves between the content and the cursor is uninitialised.
-    void putData(const void* src, int n);
+    void putData(const void* src, int n) {
+        if (n <= 0 || !holds(place() + static_cast<std::size_t>(n))) return putDataSlowly(src, n);
+        const std::size_t from = place();
+        std::memmove(data + from, src, static_cast<std::size_t>(n));
+        endAt(from + static_cast<std::size_t>(n));
+    }
     char* putDataPtr(int n);
     void getData(void* dst, int n);
     char* getDataPtr(int n);
@@ -141,36 +147,45 @@ public:
     void endBlock(int savedSize);
     void passBlock(int savedSize);
 
-    void putChar(char v);
+    void putChar(char v) {
+        const std::size_t from = place();
+        if (!holds(from + 1)) {
+            *putDataPtr(1) = v;
+            return;
+        }
+        data[from] = v;
+        endAt(from + 1);
+    }
     void putUChar(unsigned char v) { putChar(static_cast<char>(v)); }
     void putBool(bool v) { putChar(static_cast<char>(v)); }
-    void putShort(short v);
+    void putShort(short v) { putValue(v); }
     void putUShort(unsigned short v) { putShort(static_cast<short>(v)); }
-    void putLong(int v);  // 32 bits
+    void putLong(int v) { putValue(v); }  // 32 bits
     void putULong(unsigned v) { putLong(static_cast<int>(v)); }
-    void putLongLong(std::int64_t v);
+    void putLongLong(std::int64_t v) { putValue(v); }
     void putULongLong(std::uint64_t v) { putLongLong(static_cast<std::int64_t>(v)); }
-    void putDouble(double v);
+    void putDouble(double v) { putValue(v); }
 
-    char getChar();
+    char getChar() { return getValue<char>(); }
     unsigned char getUChar() { return static_cast<unsigned char>(getChar()); }
     // Warning: the byte as it was found; one that is neither 0 nor 1 makes a bool that is neither, or true in a library
     // built by Clang. For bytes from outside take getChar() != 0.
     bool getBool();
-    short getShort();
+    short getShort() { return getValue<short>(); }
     unsigned short getUShort() { return static_cast<unsigned short>(getShort()); }
-    int getLong();  // 32 bits
+    int getLong() { return getValue<int>(); }  // 32 bits
     unsigned getULong() { return static_cast<unsigned>(getLong()); }
-    std::int64_t getLongLong();
+    std::int64_t getLongLong() { return getValue<std::int64_t>(); }
     std::uint64_t getULongLong() { return static_cast<std::uint64_t>(getLongLong()); }
-    double getDouble();
+    double getDouble() { return getValue<double>(); }
 
     // Text with a terminator behind it; null is empty. Warning: a std::string with a zero byte inside goes out whole
     // and reads back as two things.
-    void putString(const char* s);
-    void putString(const std::string& s) {
-        putData(s.c_str(), velmora::detail::bagCount(static_cast<std::int64_t>(s.size()) + 1));
+    void putString(const char* s) {
+        if (!s) s = "";
+        putText(s, std::strlen(s));
     }
+    void putString(const std::string& s) { putText(s.data(), s.size()); }
     void putString(const CharVector& s);
     // Text without a terminator; null is nothing.
     void putStringNZ(const char* s) { putStringNZ(ChPair(s)); }
@@ -183,9 +198,20 @@ public:
     void putFormatStringNZ(const char* format, ...) VELMORA_PRINTF(2, 3);
 
     // Read a terminated text: a copy, or the place in the block.
-    void getString(std::string& out);
+    void getString(std::string& out) {
+        const ChPair text = getStringAsPair();
+        out.assign(text.begin, text.size());
+    }
     char* getStringPtr() { return getStringAsPair().begin; }
-    ChPair getStringAsPair();
+    ChPair getStringAsPair() {
+        const std::size_t from = place();
+        if (static_cast<std::int64_t>(from) >= size) missing();
+        char* const begin = data + from;
+        const void* const zero = std::memchr(begin, 0, static_cast<unsigned>(size) - from);
+        if (!zero) missing();
+        cursor = static_cast<int>(static_cast<const char*>(zero) - data) + 1;
+        return ChPair(begin, static_cast<const char*>(zero));
+    }
 
     Bag& operator<<(char v) { return putChar(v), *this; }
     Bag& operator<<(unsigned char v) { return putUChar(v), *this; }
@@ -216,7 +242,11 @@ public:
 
     Bag& operator>>(char& v) { return v = getChar(), *this; }
     Bag& operator>>(unsigned char& v) { return v = getUChar(), *this; }
-    Bag& operator>>(bool& v);
+    Bag& operator>>(bool& v) {
+        const char byte = getChar();
+        std::memcpy(&v, &byte, 1);
+        return *this;
+    }
     Bag& operator>>(short& v) { return v = getShort(), *this; }
     Bag& operator>>(unsigned short& v) { return v = getUShort(), *this; }
     Bag& operator>>(int& v) { return v = getLong(), *this; }
@@ -244,6 +274,51 @@ public:
     Bag& operator>>(StringVector<char>& v);
 
 private:
+    // Each writer and reader of one value does here what needs no growth, no throw and no gap but one that an alignment
+    // leaves at the end of the content. The members that are not here do the rest.
+
+    // The cursor without a sign: one below 0 is greater than every block.
+    std::size_t place() const { return static_cast<unsigned>(cursor); }
+    bool holds(std::size_t end) const { return static_cast<std::int64_t>(end) <= bufferSize; }
+    // After the bytes are written: they may be the Bag's own fields to the compiler, which would read these again.
+    void endAt(std::size_t end) { cursor = size = static_cast<int>(end); }
+
+    template <class T>
+    void putValue(T v) {
+        const std::size_t from = place(), start = (from + sizeof v - 1) & ~(sizeof v - 1);
+        if (cursor != size || !holds(start + sizeof v)) {
+            std::memcpy(putDataPtrAligned(sizeof v), &v, sizeof v);
+            return;
+        }
+        char* const block = data;
+        std::memset(block + from, 0, sizeof v);  // the gap, and at most what the value covers
+        std::memcpy(block + start, &v, sizeof v);
+        endAt(start + sizeof v);
+    }
+    template <class T>
+    T getValue() {
+        T v;
+        const std::size_t start = (place() + sizeof v - 1) & ~(sizeof v - 1);
+        if (static_cast<std::int64_t>(start + sizeof v) > size) {
+            std::memcpy(&v, getDataPtrAligned(sizeof v), sizeof v);
+            return v;
+        }
+        std::memcpy(&v, data + start, sizeof v);
+        cursor = static_cast<int>(start + sizeof v);
+        return v;
+    }
+    // Text and a terminator.
+    void putText(const char* s, std::size_t n) {
+        const std::size_t from = place();
+        if (!holds(from + n + 1)) return putTextSlowly(s, n);
+        char* const block = data;
+        std::memmove(block + from, s, n);
+        block[from + n] = 0;
+        endAt(from + n + 1);
+    }
+    void putDataSlowly(const void* src, int n);
+    void putTextSlowly(const char* s, std::size_t n);
+    [[noreturn]] static void missing();
     bool readable(int n) const;
     void align(int to);
 };

@@ -20,34 +20,9 @@ using velmora::detail::BagEnd;
 using velmora::detail::BagHead;
 using velmora::detail::putParts;
 
-// Through memcpy: the block's own alignment is not the values'.
-template <class T>
-void put(Bag& bag, T v) {
-    std::memcpy(bag.putDataPtrAligned(sizeof v), &v, sizeof v);
-}
-
-template <class T>
-T get(Bag& bag) {
-    T v;
-    std::memcpy(&v, bag.getDataPtrAligned(sizeof v), sizeof v);
-    return v;
-}
-
 std::int64_t lengthOf(const char* s) { return static_cast<std::int64_t>(std::strlen(s)); }
 
 }  // namespace
-
-void Bag::putChar(char v) { *putDataPtr(1) = v; }
-void Bag::putShort(short v) { put(*this, v); }
-void Bag::putLong(int v) { put(*this, v); }
-void Bag::putLongLong(std::int64_t v) { put(*this, v); }
-void Bag::putDouble(double v) { put(*this, v); }
-
-char Bag::getChar() { return *getDataPtr(1); }
-short Bag::getShort() { return get<short>(*this); }
-int Bag::getLong() { return get<int>(*this); }
-std::int64_t Bag::getLongLong() { return get<std::int64_t>(*this); }
-double Bag::getDouble() { return get<double>(*this); }
 
 // As it was found, where that can be returned. To Clang a bool of another byte than 0 and 1 is undefined.
 bool Bag::getBool() {
@@ -58,15 +33,8 @@ bool Bag::getBool() {
 #endif
 }
 
-Bag& Bag::operator>>(bool& v) {
-    char byte = getChar();
-    std::memcpy(&v, &byte, 1);
-    return *this;
-}
-
-void Bag::putString(const char* s) {
-    if (!s) s = empty_string;
-    putParts(*this, BagHead(), s, lengthOf(s), BagEnd::Terminated);
+void Bag::putTextSlowly(const char* s, std::size_t n) {
+    putParts(*this, BagHead(), s, static_cast<std::int64_t>(n), BagEnd::Terminated);
 }
 
 void Bag::putString(const CharVector& s) { putParts(*this, BagHead(), s.data, s.count, BagEnd::Terminated); }
@@ -77,21 +45,6 @@ void Bag::putFormatStringNZ(const char* format, ...) {
     velmora::detail::FormattedText text(format, args);
     va_end(args);
     putData(text.begin(), static_cast<int>(text.size()));
-}
-
-ChPair Bag::getStringAsPair() {
-    if (!readable(0)) throw Exception();
-    char* begin = ptr();
-    const void* zero = cursor == size ? nullptr : std::memchr(begin, 0, static_cast<std::size_t>(size - cursor));
-    if (!zero) throw Exception();
-    ChPair text(begin, static_cast<const char*>(zero));
-    cursor += text.len() + 1;
-    return text;
-}
-
-void Bag::getString(std::string& out) {
-    ChPair text = getStringAsPair();
-    out.assign(text.begin, text.end);
 }
 
 Bag& Bag::operator>>(ChArr& s) {
