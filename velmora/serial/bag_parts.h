@@ -17,7 +17,11 @@ public:
     BagHead(std::int32_t v, std::int32_t w) : values_{v, w}, size_(2 * sizeof v) {}
 
     int size() const { return size_; }
-    void put(char* to) const { std::memcpy(to, values_, static_cast<std::size_t>(size_)); }
+    // Requires: there is one.
+    void put(char* to) const {
+        std::memcpy(to, values_, sizeof values_[0]);
+        if (size_ > 4) std::memcpy(to + 4, values_ + 1, sizeof values_[1]);
+    }
 
 private:
     std::int32_t values_[2];

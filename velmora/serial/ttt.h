@@ -118,9 +118,9 @@ public:
 #endif
     TTT& operator<(double v) { return data << v, *this; }          // %f
     TTT& operator<(const BagTime& v) { return data << v, *this; }  // %D %T
-    TTT& operator<(const char* s) { return putText(ChPair(s)); }   // %s %C; null is empty
+    TTT& operator<(const char* s) { return data << s, *this; }     // %s %C; null is empty
     TTT& operator<(const ChArr& s) { return putText(ChPair(s)); }
-    TTT& operator<(const std::string& s) { return putText(ChPair(s)); }
+    TTT& operator<(const std::string& s) { return data << s, *this; }
     TTT& operator<(const CharVector& s) { return putText(ChPair(s)); }
     TTT& operator<(const ChPair& s) { return putText(s); }
     TTT& operator<(char c) { return putText(ChPair(&c, 1)); }

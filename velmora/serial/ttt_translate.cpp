@@ -2,6 +2,7 @@
 // A rendering ends in one of three ways: at the end of the message; by a stop, at something that makes no sense; or by
 // an exception, of which a read beyond the end is the usual one. None of them reaches the caller.
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -21,6 +22,14 @@ constexpr int kNumberMax = 21;  // bytes of a 64-bit number and its terminator
 // Bytes of a text with its terminator, for both kinds of result: a short message can ask for a long parameter many
 // times.
 constexpr std::size_t kTextMax = std::size_t{1} << 30;
+
+// A number with a terminator. Requires: `out` has kNumberMax bytes. Returns: the place of the terminator.
+template <class Value>
+char* putNumber(Value value, char* out, int base = 10) {
+    char* const end = std::to_chars(out, out + kNumberMax - 1, value, base).ptr;
+    *end = 0;
+    return end;
+}
 
 // With the terminator. What a hook has made may be longer.
 std::size_t lengthOf(const std::string& text) { return std::min(text.size() + 1, kTextMax); }
@@ -51,13 +60,13 @@ public:
     bool run() {
         bag_.toBegin();
         while (bag_.tell() < bag_.getSize()) {
-            const char* text = nullptr;
+            ChPair text;
             switch (bag_.getLong()) {
                 case TTT::DICT:
-                    text = readReference();
+                    text = ChPair(readReference());
                     break;
                 case TTT::RAW:
-                    text = bag_.getStringPtr();
+                    text = bag_.getStringAsPair();
                     break;
                 case TTT::DATA: {
                     int length = bag_.getLong();
@@ -68,7 +77,7 @@ public:
                 default:
                     break;
             }
-            if (!text || !renderTemplate(text)) return false;
+            if (!text.begin || !renderTemplate(text)) return false;
         }
         return true;
     }
@@ -86,6 +95,7 @@ private:
         if (n > kTextMax - lengthOf(out_)) throw std::bad_alloc();
         out_.append(s, n);
     }
+    void append(const ChPair& s) { append(s.begin, s.size()); }
     void append(const char* s) { append(s, std::strlen(s)); }
 
     const char* readReference() {
@@ -94,25 +104,40 @@ private:
         return lookUp(loaders_, dictionary, id);
     }
 
+    // Decimal, or hexadecimal with small or capital letters.
     template <class Value>
-    bool appendNumber(const char* format, Value value) {
-        std::snprintf(scratch_, sizeof scratch_, format, value);
-        return appendScratch();
+    bool appendNumber(Value value, int base = 10) {
+        return appendScratch(putNumber(value, scratch_, base));
+    }
+    template <class Value>
+    bool appendCapitalHex(Value value) {
+        char* const end = putNumber(value, scratch_, 16);
+        for (char* p = scratch_; p != end; ++p) {
+            if (*p >= 'a') *p = static_cast<char>(*p - 'a' + 'A');
+        }
+        return appendScratch(end);
     }
 
+    bool appendScratch(const char* end) {
+        append(scratch_, static_cast<std::size_t>(end - scratch_));
+        return true;
+    }
     bool appendScratch() {
         append(scratch_);
         return true;
     }
 
-    bool renderTemplate(const char* p) {
+    bool renderTemplate(const ChPair& text) {
         positionalCount_ = 0;
-        while (const char* percent = std::strchr(p, '%')) {
+        const char* p = text.begin;
+        const auto rest = [&p, &text] { return static_cast<std::size_t>(text.end - p); };
+        while (const void* found = std::memchr(p, '%', rest())) {
+            const char* const percent = static_cast<const char*>(found);
             append(p, static_cast<std::size_t>(percent - p));
             p = percent + 1;
             if (!renderPlaceholder(p)) return false;
         }
-        append(p);
+        append(p, rest());
         return true;
     }
 
@@ -123,13 +148,13 @@ private:
                 append("%", 1);
                 return true;
             case 'd':
-                return appendNumber("%d", bag_.getLong());
+                return appendNumber(bag_.getLong());
             case 'u':
-                return appendNumber("%u", bag_.getULong());
+                return appendNumber(bag_.getULong());
             case 'x':
-                return appendNumber("%x", bag_.getULong());
+                return appendNumber(bag_.getULong(), 16);
             case 'X':
-                return appendNumber("%X", bag_.getULong());
+                return appendCapitalHex(bag_.getULong());
             case 'f':
                 return renderDouble(bag_.getDouble());
             case 'l':
@@ -141,7 +166,7 @@ private:
             case 'T':
                 return renderTime(&sprintf_date_time);
             case 's':
-                append(bag_.getStringPtr());
+                append(bag_.getStringAsPair());
                 return true;
             case 'C': {
                 const char* text = bag_.getStringPtr();
@@ -164,13 +189,13 @@ private:
         if (*p == 0) return false;
         switch (*p++) {
             case 'd':
-                return appendNumber("%lld", static_cast<long long>(bag_.getLongLong()));
+                return appendNumber(bag_.getLongLong());
             case 'u':
-                return appendNumber("%llu", static_cast<unsigned long long>(bag_.getULongLong()));
+                return appendNumber(bag_.getULongLong());
             case 'x':
-                return appendNumber("%llx", static_cast<unsigned long long>(bag_.getULongLong()));
+                return appendNumber(bag_.getULongLong(), 16);
             case 'X':
-                return appendNumber("%llX", static_cast<unsigned long long>(bag_.getULongLong()));
+                return appendCapitalHex(bag_.getULongLong());
             default:
                 return appendScratch();
         }
@@ -223,16 +248,16 @@ private:
         const char* text = number;
         switch (bag_.getLong()) {
             case TTT::PARAM_INT:
-                std::snprintf(number, kNumberMax, "%d", bag_.getLong());
+                putNumber(bag_.getLong(), number);
                 break;
             case TTT::PARAM_UINT:
-                std::snprintf(number, kNumberMax, "%u", bag_.getULong());
+                putNumber(bag_.getULong(), number);
                 break;
             case TTT::PARAM_INT64:
-                std::snprintf(number, kNumberMax, "%lld", static_cast<long long>(bag_.getLongLong()));
+                putNumber(bag_.getLongLong(), number);
                 break;
             case TTT::PARAM_UINT64:
-                std::snprintf(number, kNumberMax, "%llu", static_cast<unsigned long long>(bag_.getULongLong()));
+                putNumber(bag_.getULongLong(), number);
                 break;
             case TTT::PARAM_STRING:
                 text = bag_.getStringPtr();
