@@ -98,7 +98,42 @@ protected:
 
 // ---- whole files ----
 
+// The size of a plain file is one question; only where that fails is the end sought.
+TEST_F(FilesFault, LoadAsksForTheSizeOnce) {
+    prepare();
+    ChArr text;
+    {
+        const faults::CallCounter counter;
+        UTF8File::load(path.c_str(), text, 100000, true);
+        EXPECT_EQ(1, counter.of("fstat"));
+        EXPECT_EQ(0, counter.of("fseeko") + counter.of("ftello"));
+    }
+    EXPECT_EQ(content, text.data);
+    const faults::AllFail fail({"fstat"}, EIO);
+    const faults::CallCounter counter;
+    UTF8File::load(path.c_str(), text, 100000, true);
+    EXPECT_EQ(2, counter.of("fseeko"));
+    EXPECT_EQ(content, text.data);
+}
+
+TEST_F(FilesFault, LoadFailsAtEachCallButForTheSize) {
+    std::string string;
+    int failures = 0;
+    const int faults =
+        failEach(preparing(), noting([&] { UTF8File::load(path.c_str(), string, 100000); }), [&](const Fault& fault) {
+            const bool gotThrough = fault.function.empty() || fault.function == "fstat";
+            EXPECT_EQ(gotThrough ? "(nothing)" : messageOf(fault, path), thrown);
+            if (gotThrough) {
+                EXPECT_EQ(content, string);
+            }
+            failures += gotThrough ? 0 : 1;
+        });
+    EXPECT_EQ(2 * 4 + 2 * 5, failures);  // open, close; read
+    EXPECT_EQ(failures + 4, faults);
+}
+
 TEST_F(FilesFault, LoadIntoEachKind) {
+    const faults::AllFail noSize({"fstat"}, EIO);
     ChArr text;
     Bag bag;
     const int faultsOfText = failEach(
@@ -410,6 +445,7 @@ TEST_F(FilesFault, DestructorsThrowNothing) {
 }
 
 TEST_F(FilesFault, DocumentIsLoadedOrTold) {
+    const faults::AllFail noSize({"fstat"}, EIO);
     const std::string text = "<a><b/></a>";
     std::unique_ptr<MLDoc> doc;
     failEach(

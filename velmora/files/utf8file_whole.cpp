@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <climits>
 #include <cstdint>
+#include <cstdio>
 #include <new>
 
 #include <velmora/containers/vectors.h>
 #include <velmora/files/utf8file.h>
 #include <velmora/localization/keys.h>
+#include <velmora/platform/platform.h>
 #include <velmora/serial/bag.h>
 #include <velmora/text/charr.h>
 #include <velmora/text/charvector.h>
@@ -52,8 +54,11 @@ std::uint64_t loadInto(const char* path, std::uint64_t limit, Release release, A
     release();
     requirePath(file.name.data);
     file.open(UTF8File::READ);
+    std::setvbuf(file.file, nullptr, _IONBF, 0);  // there is one read, straight into the target
     // A read takes an int.
-    const std::int64_t size = file.checkSize(std::min<std::int64_t>(static_cast<std::int64_t>(limit), INT_MAX));
+    const std::int64_t most = std::min<std::int64_t>(static_cast<std::int64_t>(limit), INT_MAX);
+    std::int64_t size = platform::regularSize(file.file);
+    if (size <= 0 || size > most) size = file.checkSize(most);
     if (size < 0) reportNoMemory(file);  // anything but a regular file may report no size
     char* target = nullptr;
     allocated(file, [&] { target = allocate(static_cast<int>(size)); });

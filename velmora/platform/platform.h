@@ -30,6 +30,10 @@ std::int64_t tell(FILE* stream);
 // The stream's descriptor; -1 for null.
 int descriptor(FILE* stream);
 
+// The bytes of a regular file as the system has them, without what a stream still holds back. Returns: -1 for any other
+// file; errno stays as it is.
+std::int64_t regularSize(FILE* stream);
+
 int makeFolder(const char* path);
 int removeFolder(const char* path);
 

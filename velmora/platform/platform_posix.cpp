@@ -61,6 +61,14 @@ std::int64_t tell(FILE* stream) { return ftello(stream); }
 
 int descriptor(FILE* stream) { return stream ? fileno(stream) : -1; }
 
+std::int64_t regularSize(FILE* stream) {
+    struct stat info;
+    const int before = errno;
+    const bool regular = fstat(fileno(stream), &info) == 0 && S_ISREG(info.st_mode);
+    errno = before;
+    return regular ? info.st_size : -1;
+}
+
 int makeFolder(const char* path) { return result(mkdir(path, 0777)); }
 
 int removeFolder(const char* path) { return result(rmdir(path)); }

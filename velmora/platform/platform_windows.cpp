@@ -90,6 +90,14 @@ std::int64_t tell(FILE* stream) { return _ftelli64(stream); }
 
 int descriptor(FILE* stream) { return stream ? _fileno(stream) : -1; }
 
+std::int64_t regularSize(FILE* stream) {
+    struct _stat64 info;
+    const int before = errno;
+    const bool regular = _fstat64(_fileno(stream), &info) == 0 && (info.st_mode & _S_IFMT) == _S_IFREG;
+    errno = before;
+    return regular ? info.st_size : -1;
+}
+
 int makeFolder(const char* path) { return withPath(path, _wmkdir); }
 
 int removeFolder(const char* path) { return withPath(path, _wrmdir); }
