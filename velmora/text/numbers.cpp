@@ -8,6 +8,7 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <type_traits>
 
 namespace {
@@ -16,6 +17,9 @@ constexpr int kMostDecimalBytes = 20;
 constexpr int kMostHexDigits = 8;
 constexpr int kDoubleTextMost = 49;  // bytes of a range that is read as a double
 constexpr unsigned kHexFull = 0x10000000;
+
+// The value of a decimal digit; above 9 for any other byte.
+unsigned digitOf(char c) { return static_cast<unsigned char>(c - '0'); }
 
 // The value of a hexadecimal digit, or -1.
 int hexDigit(char c) {
@@ -43,6 +47,26 @@ bool convertAll(const char* s, T* out, Convert convert) {
     if (errno != 0 || *end) return false;
     *out = static_cast<T>(value);
     return true;
+}
+
+// Digits alone, and so few that they fit: the common text. Returns: false for any other text.
+template <class T>
+bool readPlain(const char* s, T* out) {
+    T value = 0;
+    int count = 0;
+    for (; count < std::numeric_limits<T>::digits10 && digitOf(s[count]) <= 9; ++count) {
+        value = static_cast<T>(value * 10 + static_cast<T>(digitOf(s[count])));
+    }
+    if (count == 0 || s[count]) return false;
+    *out = value;
+    errno = 0;
+    return true;
+}
+
+template <class Convert, class T>
+bool convertDecimal(const char* s, T* out, Convert convert) {
+    return s &&
+           (readPlain(s, out) || convertAll(s, out, [&](const char* t, char** end) { return convert(t, end, 10); }));
 }
 
 // The runtime's `long` may have 64 bits: what does not fit 32 is then an overflow here.
@@ -73,6 +97,7 @@ bool convertBased(const char* s, T* out, Convert convert) {
     if (!s || !*s) return false;
     int base;
     const char* digits = chooseBase(s, base);
+    if (base == 10) return convertDecimal(digits, out, convert);
     if (*digits) return convertAll(digits, out, [&](const char* t, char** end) { return convert(t, end, base); });
     *out = 0;
     return true;
@@ -88,9 +113,15 @@ bool decimal(const char* b, const char* e, T* out) {
     if (std::is_signed_v<T> && (*b == '+' || *b == '-')) negative = *b++ == '-';
     if (b == e) return false;
     T value = 0;
+    // So many digits cannot overflow.
+    const char* safe = e - b > std::numeric_limits<T>::digits10 ? b + std::numeric_limits<T>::digits10 : e;
+    for (; b != safe; ++b) {
+        if (digitOf(*b) > 9) return false;
+        value = static_cast<T>(static_cast<Bits>(value) * 10 + digitOf(*b));
+    }
     for (; b != e; ++b) {
-        if (*b < '0' || *b > '9') return false;
-        auto next = static_cast<T>(static_cast<Bits>(value) * 10 + static_cast<Bits>(*b - '0'));
+        if (digitOf(*b) > 9) return false;
+        auto next = static_cast<T>(static_cast<Bits>(value) * 10 + digitOf(*b));
         if (next < value) return false;
         value = next;
     }
@@ -157,17 +188,59 @@ bool underflowsHex(const char* b, const char* e, double v) {
     return more || bits != static_cast<std::uint64_t>(std::ldexp(std::frexp(v, &exponent), 64));
 }
 
+// Reads a decimal number whose digits and power of ten are exact as doubles: one product or quotient of the two is
+// rounded once, and so is the nearest double.
+// Returns: false for any other text, be it a number or not.
+bool readExact(const char* b, const char* e, double& v) {
+    constexpr std::ptrdiff_t mostBytes = 17;  // the digits of the greatest exact number, and a point
+    constexpr std::uint64_t mostExact = std::uint64_t{1} << DBL_MANT_DIG;
+    static constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                        1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    constexpr std::int64_t mostPower = std::size(powers) - 1;
+    if (e - b > mostBytes) return false;
+    std::uint64_t digits = 0;
+    const char* p = b;
+    for (; p != e && digitOf(*p) <= 9; ++p) digits = digits * 10 + digitOf(*p);
+    std::ptrdiff_t count = p - b;
+    std::int64_t power = 0;
+    if (p != e && *p == '.') {
+        const char* fraction = ++p;
+        for (; p != e && digitOf(*p) <= 9; ++p) digits = digits * 10 + digitOf(*p);
+        power = fraction - p;
+        count += p - fraction;
+    }
+    if (count == 0 || digits > mostExact) return false;
+    if (p != e && (*p == 'e' || *p == 'E')) {
+        ++p;
+        const bool negative = p != e && *p == '-';
+        if (p != e && (*p == '-' || *p == '+')) ++p;
+        const char* first = p;
+        std::int64_t exponent = 0;
+        for (; p != e && digitOf(*p) <= 9; ++p) exponent = exponent * 10 + digitOf(*p);
+        if (p == first) return false;
+        power += negative ? -exponent : exponent;
+    }
+    if (p != e || power < -mostPower || power > mostPower) return false;
+    v = static_cast<double>(digits);
+    v = power < 0 ? v / powers[-power] : v * powers[power];
+    return true;
+}
+
 // strtod of the "C" locale, whatever the locale in force is and whatever runtime there is, over a whole range.
 bool readDouble(const char* b, const char* e, double* out) {
     errno = 0;
     while (b != e && isSpace(*b)) ++b;
     bool negative = false;
     if (b != e && (*b == '+' || *b == '-')) negative = *b++ == '-';
+    double v = 0;
+    if (readExact(b, e, v)) {
+        *out = negative ? -v : v;
+        return true;
+    }
     const bool hex = e - b > 2 && b[0] == '0' && (b[1] == 'x' || b[1] == 'X');
     if (hex) b += 2;
     // What from_chars would take here and strtod does not: a second sign, and words as digits of base 16.
     if (b != e && (*b == '-' || (hex && *b != '.' && hexDigit(*b) < 0))) return false;
-    double v = 0;
     const std::from_chars_result result =
         std::from_chars(b, e, v, hex ? std::chars_format::hex : std::chars_format::general);
     if (result.ptr != e || result.ec == std::errc::invalid_argument) return false;
@@ -212,13 +285,9 @@ bool strtouint(const char* s, unsigned* out) { return convertBased(s, out, conve
 
 bool strtoint(const char* s, int* out) { return convertBased(s, out, convertLong); }
 
-bool strtoint64(const char* s, std::int64_t* out) {
-    return convertAll(s, out, [](const char* t, char** end) { return std::strtoll(t, end, 10); });
-}
+bool strtoint64(const char* s, std::int64_t* out) { return convertDecimal(s, out, std::strtoll); }
 
-bool strtouint64(const char* s, std::uint64_t* out) {
-    return convertAll(s, out, [](const char* t, char** end) { return std::strtoull(t, end, 10); });
-}
+bool strtouint64(const char* s, std::uint64_t* out) { return convertDecimal(s, out, std::strtoull); }
 
 bool strtodouble(const char* s, double* out) { return s && readDouble(s, s + std::strlen(s), out); }
 
