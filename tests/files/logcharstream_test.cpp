@@ -824,6 +824,67 @@ TEST(LogCharStreamParseLine, MissingFieldsAreEmptyAndNothingBehindTheLineIsTouch
     }
 }
 
+// The same, byte by byte. Returns: the bytes that were read; 0 when the line has too few fields.
+std::size_t parsePlainly(int fieldCount, char* line, std::vector<std::size_t>& starts) {
+    const char* read = line;
+    char* write = line;
+    for (int i = 0; i < fieldCount; ++i) {
+        starts.push_back(static_cast<std::size_t>(write - line));
+        for (char previous = 0;;) {
+            const char c = *read++;
+            if (c == '\r') continue;
+            if (c == '\n' && previous == '\\') {
+                previous = write[-1] = c;
+                continue;
+            }
+            if (c == 0 && i != fieldCount - 1) return 0;
+            if (c == 0 || c == '\n' || (c == '\t' && i != fieldCount - 1)) break;
+            *write++ = previous = c;
+        }
+        *write++ = 0;
+    }
+    return static_cast<std::size_t>(read - line);
+}
+
+// At every place in a block of bytes, and with nothing readable after the byte that ends the last field.
+TEST(LogCharStreamParseLine, AgreesWithAPlainOneAtEveryPlace) {
+    std::mt19937 random(20261122);
+    const bool wanted[] = {true, true, true, true, true, true};
+    int whole = 0;
+    for (int round = 0; round < 40000; ++round) {
+        const int fieldCount = 1 + static_cast<int>(random() % 6);
+        const int rare = 2 + static_cast<int>(random() % 30);
+        std::string line;
+        for (auto length = random() % 90; line.size() < length;) {
+            line += random() % rare ? static_cast<char>('a' + random() % 26) : "\t\t\t\r\n\\\1\x1f\x80"[random() % 9];
+        }
+        line += random() % 2 ? '\n' : '\0';
+        // Cut after the last field; a line feed that does not end it wants a terminator.
+        std::string plain = line + '\0';
+        std::vector<std::size_t> starts;
+        const std::size_t read = parsePlainly(fieldCount, plain.data(), starts);
+        if (read == 0) continue;
+        line = (line + '\0').substr(0, read);
+        ++whole;
+
+        support::GuardedBytes atEnd(line);
+        char* fields[6];
+        ASSERT_TRUE(LogCharStream::parseLine(fieldCount, wanted, fields, atEnd.begin()));
+        for (std::size_t i = 0; i < starts.size(); ++i) {
+            ASSERT_EQ(starts[i], static_cast<std::size_t>(fields[i] - atEnd.begin())) << "field " << i;
+            ASSERT_STREQ(plain.data() + starts[i], fields[i]);
+        }
+        const std::string before(round % 16, '\t');
+        alignas(16) char shifted[128] = {};
+        std::memcpy(shifted, before.data(), before.size());
+        std::memcpy(shifted + before.size(), line.data(), line.size());
+        ASSERT_TRUE(LogCharStream::parseLine(fieldCount, wanted, fields, shifted + before.size()));
+        for (std::size_t i = 0; i < starts.size(); ++i) ASSERT_STREQ(plain.data() + starts[i], fields[i]);
+        ASSERT_EQ(before, std::string(shifted, before.size()));
+    }
+    EXPECT_LT(10000, whole);
+}
+
 TEST_F(LogCharStreamTest, ReadLineIsParsedAsItComes) {
     open("1\tone\\\r\nmore\tx\ty\r\n2\ttwo\tz\n", 4);
     const bool wanted[] = {false, true, true};

@@ -1,13 +1,16 @@
 #include <velmora/files/logcharstream.h>
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 
 #include <velmora/localization/keys.h>
 #include <velmora/platform/platform.h>
+#include <velmora/text/block.h>
 
 namespace {
 
@@ -20,6 +23,51 @@ char lastCounted(const char* begin, const char* end, char before) {
     }
     return before;
 }
+
+// Finds the bytes up to the carriage return, one after the other.
+#if defined(VELMORA_HAS_SSE2) && !defined(VELMORA_CHECKS_ADDRESSES)
+// Nobody says where the line ends. A block at a multiple of its size has bytes of one page alone, so that reading all
+// of it is safe as soon as one of them is in the line.
+class ControlBytes {
+public:
+    explicit ControlBytes(const char* line) {
+        const auto before = reinterpret_cast<std::uintptr_t>(line) % Block::kSize;
+        block_ = line - before;
+        found_ = inBlock() & ~0u << before;
+    }
+
+    const char* next() {
+        while (found_ == 0) {
+            block_ += Block::kSize;
+            found_ = inBlock();
+        }
+        const char* place = block_ + std::countr_zero(found_);
+        found_ &= found_ - 1;
+        return place;
+    }
+
+private:
+    using Block = velmora::detail::Block;
+
+    const char* block_;
+    unsigned found_;  // those in the block that are still to come
+
+    unsigned inBlock() const { return Block::load(block_).isBelow('\r' + 1).mask(); }
+};
+#else
+class ControlBytes {
+public:
+    explicit ControlBytes(const char* line) : place_(line) {}
+
+    const char* next() {
+        while (static_cast<unsigned char>(*place_) > '\r') ++place_;
+        return place_++;
+    }
+
+private:
+    const char* place_;
+};
+#endif
 
 }  // namespace
 
@@ -140,20 +188,42 @@ bool LogCharStream::scanLineStream(std::int64_t& nextPosition) {
 }
 
 bool LogCharStream::parseLine(int fieldCount, const bool* wanted, char** fields, char* line) {
-    const char* read = line;  // null behind the terminator
+    const int last = fieldCount - 1;
+    int i = 0;
+    // Fields stay where they are until a byte is dropped or missing.
+    for (ControlBytes controls(line); i < fieldCount; ++i) {
+        char* stop = line + (controls.next() - line);
+        while (*stop == '\t' && i == last) stop = line + (controls.next() - line);
+        const bool feed = *stop == '\n' && (stop == line || stop[-1] != '\\');
+        if (*stop != '\t' && !feed && !(*stop == 0 && i == last)) break;
+        *stop = 0;
+        if (wanted[i]) *fields++ = line;
+        line = stop + 1;
+    }
+    if (i == fieldCount) return true;
+    // From one control byte to the next; what follows a byte that is dropped moves to the front.
+    ControlBytes controls(line);
+    const char* read = line;  // null after the terminator
     char* write = line;
-    for (int i = 0; i < fieldCount; ++i) {
+    for (; i < fieldCount; ++i) {
         char* field = write;
         char previous = 0;
         for (bool open = read != nullptr; open;) {
-            const char c = *read++;
+            const char* stop = controls.next();
+            if (const auto count = stop - read; count != 0) {
+                previous = stop[-1];
+                if (write != read) std::memmove(write, read, static_cast<std::size_t>(count));
+                write += count;
+            }
+            const char c = *stop;
+            read = stop + 1;
             if (c == '\r') continue;
             if (c == '\n' && previous == '\\') {
                 previous = write[-1] = c;
                 continue;
             }
             if (c == 0) read = nullptr;
-            open = c != 0 && c != '\n' && (c != '\t' || i == fieldCount - 1);
+            open = c != 0 && c != '\n' && (c != '\t' || i == last);
             *write++ = open ? c : '\0';
             previous = c;
         }

@@ -11,6 +11,14 @@
 #define VELMORA_HAS_SSE2
 #endif
 
+#if defined(__SANITIZE_ADDRESS__)
+#define VELMORA_CHECKS_ADDRESSES
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define VELMORA_CHECKS_ADDRESSES
+#endif
+#endif
+
 namespace velmora::detail {
 
 static_assert(std::endian::native == std::endian::little, "the first byte of a block is its lowest");
@@ -85,7 +93,9 @@ public:
     Sse2Block operator|(Sse2Block b) const { return Sse2Block(_mm_or_si128(bytes_, b.bytes_)); }
 
     bool any() const { return _mm_movemask_epi8(bytes_) != 0; }
-    int first() const { return std::countr_zero(static_cast<unsigned>(_mm_movemask_epi8(bytes_))); }
+    int first() const { return std::countr_zero(mask()); }
+    // A bit for each byte that is marked, the lowest for the first.
+    unsigned mask() const { return static_cast<unsigned>(_mm_movemask_epi8(bytes_)); }
 
 private:
     __m128i bytes_;
