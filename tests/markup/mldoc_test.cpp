@@ -11,6 +11,7 @@
 #include <functional>
 #include <memory>
 #include <ostream>
+#include <random>
 #include <string>
 #include <thread>
 #include <type_traits>
@@ -1254,6 +1255,97 @@ TEST(MLDocGetPosition, GoesOnFromItsMemo) {
     EXPECT_EQ(4u, doc.cachedOffset);
     EXPECT_EQ(2, doc.cachedLine);
     EXPECT_EQ(2, doc.cachedColumn);
+}
+
+// The same byte by byte, from the memo on or from the begin.
+class PlainPlaces {
+public:
+    Place of(const MLDoc& doc) {
+        if (doc.position == 0 || doc.position >= doc.length) return {1, 1};
+        if (doc.position < offset_) {
+            offset_ = 0;
+            place_ = {1, 1};
+        }
+        if (offset_ == 0 && doc.length >= 3 && std::memcmp(doc.buffer, "\xEF\xBB\xBF", 3) == 0) offset_ = 3;
+        for (; offset_ < doc.position; ++offset_) {
+            const auto c = static_cast<unsigned char>(doc.buffer[offset_]);
+            if (c == '\t') {
+                place_.column = (place_.column - 1) / 4 * 4 + 5;
+            } else if (c == '\n') {
+                ++place_.line;
+                place_.column = 1;
+            } else if (c != '\r' && (c & 0xC0) != 0x80) {
+                ++place_.column;
+            }
+        }
+        offset_ = doc.position;
+        return place_;
+    }
+    void set(const MLDoc& doc) {
+        offset_ = doc.cachedOffset;
+        place_ = {doc.cachedLine, doc.cachedColumn};
+    }
+
+private:
+    std::uint32_t offset_ = 0;
+    Place place_ = {1, 1};
+};
+
+// Places in any order, while attributes are blanked and the memo is changed: what is counted back is what was counted
+// from the begin.
+TEST(MLDocGetPosition, AgreesWithCountingFromTheBegin) {
+    std::mt19937 random(20261122);
+    auto below = [&](unsigned n) { return static_cast<unsigned>(random() % n); };
+    static const char* const pieces[] = {"<a",   " b=\"x\ny\"", " c=\"\t\r\"", " d=\"\x01z\"", ">",
+                                         "</a>", "\n",          "\t",          "\r\n",         "\xC3\xA4",
+                                         "text", "  ",          "<!---->",     "\xE2\x82",     "\xF0\x9F\x98\x80"};
+    for (int round = 0; round < 400; ++round) {
+        std::string text = below(2) ? kBom : "";
+        text += "<?xml?>";
+        for (unsigned n = below(300); n > 0; --n) text += pieces[below(std::size(pieces))];
+        MLDoc doc;
+        loadText(doc, text.c_str());
+        PlainPlaces plain;
+        MLDoc::Token token;
+        for (int question = 0; question < 200; ++question) {
+            const std::uint32_t here = doc.position;
+            switch (below(8)) {
+                case 0:
+                    try {
+                        if (doc.step(token) && token.kind == 0) {
+                            MLDoc::AttributeIterator attributes(&doc, token);
+                            MLDoc::Attribute attribute;
+                            while (attributes(attribute)) {
+                            }
+                        }
+                    } catch (const TTT&) {
+                    }
+                    break;
+                case 1:
+                    if (below(10) == 0) {
+                        doc.cachedOffset = below(doc.length);
+                        doc.cachedLine = 70;
+                        plain.set(doc);
+                    }
+                    break;
+                default:
+                    doc.position = below(3) ? below(doc.length + 1) : here - below(std::min(here + 1, 40u));
+                    ASSERT_EQ(plain.of(doc), placeOf(doc)) << "at " << doc.position << " of " << doc.length;
+                    doc.position = below(4) ? here : doc.position;
+            }
+        }
+    }
+}
+
+// Each question costs the distance, so that asking for the places of a document backwards is no more than a walk.
+TEST(MLDocGetPosition, CountsBackFromTheLastPlace) {
+    std::string text = "<r>";
+    while (text.size() < 4000000) text += "<a b=\"1\"/>\n";
+    MLDoc doc;
+    loadText(doc, text.c_str());
+    Place place = {0, 0};
+    for (doc.position = doc.length - 1; doc.position > 40; doc.position -= 40) place = placeOf(doc);
+    EXPECT_LT(place.line, 6);
 }
 
 TEST(MLDocGetPosition, LeavesItsMemoAtTheStartAndAtTheEnd) {

@@ -52,7 +52,7 @@ private:
     const char* block_;
     unsigned found_;  // those in the block that are still to come
 
-    unsigned inBlock() const { return Block::load(block_).isBelow('\r' + 1).mask(); }
+    unsigned inBlock() const { return Block::load(block_).isBelow('\r' + 1).bits(); }
 };
 #else
 class ControlBytes {

@@ -11,7 +11,6 @@
 namespace {
 
 constexpr std::uint32_t kMostBytes = 100000000;
-constexpr int kTabWidth = 4;
 constexpr int kUtf8 = 8;
 constexpr int kWindows1251 = 1251;
 
@@ -55,6 +54,7 @@ MLDoc::MLDoc()
       cachedOffset(0),
       format(Unknown),
       codePage(kUtf8),
+      countedMemo_(0),
       yamlValueKind(0),
       yamlItem(false),
       yamlLevel(-1),
@@ -124,6 +124,7 @@ char* MLDoc::steal(int& size) {
 }
 
 void MLDoc::guessFormat(const char* name) {
+    countedMemo_ = 0;
     if (!buffer) return refuse(name, LCA__Too_short_file);
     auto startsWith = [this](const char* bytes, std::uint32_t n) {
         return length >= n && std::memcmp(buffer, bytes, n) == 0;
@@ -203,32 +204,6 @@ bool MLDoc::attribute(const Token& token, Attribute& attribute) {
 
 unsigned MLDoc::passAttributes(const Token& token) const {
     return format == XML ? static_cast<unsigned>(token.body.end - buffer) : position;
-}
-
-void MLDoc::getPosition(int& line, int& column) const {
-    line = column = 1;
-    if (position == 0 || position >= length || !buffer) return;
-    std::uint32_t offset = 0;
-    if (position >= cachedOffset) {
-        line = cachedLine;
-        column = cachedColumn;
-        offset = cachedOffset;
-    }
-    if (offset == 0 && length >= 3 && std::memcmp(buffer, "\xEF\xBB\xBF", 3) == 0) offset = 3;
-    for (; offset < position; ++offset) {
-        auto c = static_cast<unsigned char>(buffer[offset]);
-        if (c == '\t') {
-            column = (column - 1) / kTabWidth * kTabWidth + kTabWidth + 1;
-        } else if (c == '\n') {
-            ++line;
-            column = 1;
-        } else if (c != '\r' && (c & 0xC0) != 0x80) {
-            ++column;
-        }
-    }
-    cachedOffset = position;
-    cachedLine = line;
-    cachedColumn = column;
 }
 
 void MLDoc::formMessage(TTT& message) const {

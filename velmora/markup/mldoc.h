@@ -121,7 +121,12 @@ public:
     mutable int cachedColumn;
     mutable std::uint32_t cachedOffset;
     Format format;
-    int codePage;        // 8 for UTF-8, 1251 for windows-1251 as declared; nothing is converted
+    int codePage;  // 8 for UTF-8, 1251 for windows-1251 as declared; nothing is converted
+
+private:
+    mutable std::uint32_t countedMemo_;  // seal of the memo that counts the block as it is; in a gap between the fields
+
+public:
     ChPair yamlRest;     // YAML: the current line while it is read, then the first byte behind it
     ChPair yamlName;     // YAML: key of the current line
     ChPair yamlValue;    // YAML: its value
@@ -162,7 +167,8 @@ public:
     unsigned passAttributes(const Token& token) const;
 
     // Line and column of the position, from 1; tab stops are 4 columns apart. Writes a memo, from which the next call
-    // goes on: a position before the last one that was asked for is counted from the begin.
+    // counts on or back: the cost is the distance, and for a place further back the line up to it.
+    // Warning: bytes that a caller changes before the last place asked for are not counted again.
     // Warning: at the end of the document the answer is line 1, column 1.
     void getPosition(int& line, int& column) const;
     // Appends file name and place to a message.
@@ -245,7 +251,10 @@ public:
     bool attribute_yaml(const Token& token, Attribute& attribute);
 
 private:
+    struct Place;
+
     void readDeclaration(const char* name);
+    void willBlank(const char* c);
 
     class JsonCursor;
     int previousJsonKind() const;

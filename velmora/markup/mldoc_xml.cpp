@@ -225,6 +225,7 @@ bool MLDoc::attribute_xml(const Token& token, Attribute& attribute) {
         if (c == attribute.value.end) break;
         if (!warned) warnSuspiciousAttribute(&token, &attribute);
         warned = true;
+        willBlank(c);
         *c = ' ';
     }
     return true;

@@ -47,6 +47,22 @@ inline const char* passRun(const char* p, const char* end, char c) {
         p, end, [=](B b) { return b.isNot(c); }, [=](char x) { return x != c; });
 }
 
+// How often `c` is in a range.
+template <class B = Block>
+inline std::size_t countOf(const char* p, const char* end, char c) {
+    constexpr int kMostBlocks = 255;  // that a byte can count
+    std::size_t n = 0;
+    while (end - p >= B::kSize) {
+        B counts = B::all(0);
+        for (int i = 0; i < kMostBlocks && end - p >= B::kSize; ++i, p += B::kSize) {
+            counts = counts.plus(B::load(p).same(B::all(c)));
+        }
+        n += counts.sum();
+    }
+    for (; p != end; ++p) n += *p == c;
+    return n;
+}
+
 // Whether `where` marks one of `n` bytes.
 template <class B = Block, class Where>
 bool anyMarked(const char* p, int n, Where where);

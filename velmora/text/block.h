@@ -93,9 +93,16 @@ public:
     Sse2Block operator|(Sse2Block b) const { return Sse2Block(_mm_or_si128(bytes_, b.bytes_)); }
 
     bool any() const { return _mm_movemask_epi8(bytes_) != 0; }
-    int first() const { return std::countr_zero(mask()); }
-    // A bit for each byte that is marked, the lowest for the first.
-    unsigned mask() const { return static_cast<unsigned>(_mm_movemask_epi8(bytes_)); }
+    int first() const { return std::countr_zero(bits()); }
+    std::uint32_t bits() const { return static_cast<std::uint32_t>(_mm_movemask_epi8(bytes_)); }
+
+    static Sse2Block all(char c) { return Sse2Block(_mm_set1_epi8(c)); }
+    Sse2Block same(Sse2Block b) const { return Sse2Block(_mm_cmpeq_epi8(bytes_, b.bytes_)); }
+    Sse2Block plus(Sse2Block marks) const { return Sse2Block(_mm_sub_epi8(bytes_, marks.bytes_)); }
+    std::size_t sum() const {
+        const __m128i sums = _mm_sad_epu8(bytes_, _mm_setzero_si128());
+        return static_cast<std::size_t>(_mm_cvtsi128_si64(_mm_add_epi64(sums, _mm_unpackhi_epi64(sums, sums))));
+    }
 
 private:
     __m128i bytes_;
