@@ -1,0 +1,7 @@
+#include "readers.h"
+
+void bench::addBenchmarks() {
+    addXmlReaders();
+    addJsonReaders();
+    addYamlReaders();
+}
