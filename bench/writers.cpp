@@ -1,0 +1,7 @@
+#include "writers.h"
+
+void bench::addBenchmarks() {
+    addXmlWriters();
+    addJsonWriters();
+    addYamlWriters();
+}
