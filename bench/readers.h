@@ -71,7 +71,8 @@ void addReader(const std::string& row, Mode mode, Kind kind, MLDocBase::Format f
             }
             state.SetIterationTime(static_cast<double>(cpuTime() - start) * 1e-9);
         }
-        describe(state, static_cast<double>(doc.text.size()), static_cast<double>(doc.shape.attributes), note);
+        const long items = mode == Mode::Tokens ? doc.shape.items : doc.shape.attributes;
+        describe(state, static_cast<double>(doc.text.size()), static_cast<double>(items), note);
     });
 }
 

@@ -6,8 +6,9 @@
     report.py plots
 
 PROGRAMS is a folder of built programs. Each run starts every program anew, those of both folders in turn, and each
-benchmark gives one time per run. A ratio is taken within one run, where both times lie side by side, and the table has
-the median over the runs: how many times as long as velmora a peer takes. The spread is the distance of the quartiles.
+benchmark gives one time per run, the quickest of three. A ratio is taken within one run, where both times lie side by
+side, and the table has the median over the runs: how many times as long as velmora a peer takes. The spread is the
+distance of the quartiles.
 
 `--publish` writes docs/plots/results.json, draws docs/plots/*.svg and fills the tables of docs/performance.md; `plots`
 does the last two from the results that are there. A table is filled between
@@ -38,6 +39,8 @@ PROGRAMS = ["bench_readers", "bench_writers", "bench_text", "bench_numbers", "be
             "bench_files", "bench_startup"]
 OWN = "velmora"
 SMOKE_SECONDS = 60
+LEAST_SECONDS = 0.05  # that a benchmark takes in one run
+REPETITIONS = 3       # into which they are divided; the quickest counts
 
 
 # ---- running ----
@@ -58,7 +61,7 @@ def parse_output(text):
 
 def parse_benchmark(entry):
     """(row, variant, size, contender), and what was measured."""
-    name = entry["name"]
+    name = entry["run_name"].split("/repeats:")[0]
     manual = name.endswith("/manual_time")
     row, variant, size, contender = name.removesuffix("/manual_time").split("/")
     nanoseconds = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[entry["time_unit"]]
@@ -81,8 +84,8 @@ def ended(process, seconds):
 
 
 def run_program(path, row, least, deadline):
-    command = [str(path), "--benchmark_format=json", f"--benchmark_min_time={least:.4f}",
-               f"--benchmark_filter=^({row})"]
+    command = [str(path), "--benchmark_format=json", f"--benchmark_min_time={least / REPETITIONS:.4f}",
+               f"--benchmark_repetitions={REPETITIONS}", f"--benchmark_filter=^({row})"]
     left = None if deadline is None else max(deadline - time.monotonic(), 0.1)
     process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=None, text=True)
     out, _ = ended(process, left)
@@ -103,9 +106,11 @@ class Results:
 
     def add(self, side, program, run, entries):
         for entry in entries:
+            if entry.get("run_type") == "aggregate":
+                continue
             key, measured = parse_benchmark(entry)
             row = self.rows.setdefault(key, {"program": program, "new": {}, "old": {}})
-            row[side][run] = measured["time"]
+            row[side][run] = min(measured["time"], row[side].get(run, math.inf))
             if side == "new":
                 row.update(bytes=measured["bytes"], items=measured["items"], note=measured["note"])
 
@@ -122,35 +127,54 @@ class Results:
         return {"context": context, "rows": rows}
 
 
+def comparisons(path, row):
+    """The beginnings of names that one comparison has in common."""
+    heads = []
+    for name in list_benchmarks(path, row):
+        head = name.removesuffix("/manual_time").rsplit("/", 1)[0] + "/"
+        if head not in heads:
+            heads.append(head)
+    return heads
+
+
+def steps_of_a_run(run, name, new, old, row):
+    """(side, program, rows) in the order in which they run. Of the other library only velmora's rows are measured, as
+    close in time to the present ones as can be; neither side is always the first."""
+    if old is None:
+        yield "new", new / name, row
+        return
+    for head in comparisons(new / name, row):
+        steps = [("new", new / name, head), ("old", old / name, head + OWN)]
+        yield from steps if run % 2 == 0 else steps[::-1]
+
+
 def measure(options):
-    folders = [("new", pathlib.Path(options.programs))]
-    if options.against:
-        folders.append(("old", pathlib.Path(options.against)))
-    programs = [name for name in PROGRAMS
-                if all((folder / name).exists() and list_benchmarks(folder / name, options.row)
-                       for _, folder in folders)]
+    new = pathlib.Path(options.programs)
+    old = pathlib.Path(options.against) if options.against else None
+    programs = [name for name in PROGRAMS if (new / name).exists() and list_benchmarks(new / name, options.row)
+                and (old is None or (old / name).exists())]
     if not programs:
         sys.exit(f"no benchmark is called {options.row}")
-    count = sum(len(list_benchmarks(folders[0][1] / name, options.row)) for name in programs)
-    least = 0.05
+    least = LEAST_SECONDS
     deadline = None
     if options.seconds:
         deadline = time.monotonic() + options.seconds
+        count = sum(len(list_benchmarks(new / name, options.row)) for name in programs)
         # About half of the time goes into making documents and into the first, unmeasured rounds.
-        least = min(least, options.seconds / (2 * options.runs * len(folders) * count))
+        least = min(least, options.seconds / (2 * options.runs * count))
     results = Results()
-    runs = 0
+    finished = 0
     for run in range(options.runs):
         for name in programs:
-            # Neither side is always the first.
-            for side, folder in folders if run % 2 == 0 else folders[::-1]:
+            print(f"run {run + 1} of {options.runs}: {name}", file=sys.stderr)
+            for side, program, row in steps_of_a_run(run, name, new, old, options.row):
                 if deadline is None or time.monotonic() < deadline:
-                    print(f"run {run + 1} of {options.runs}: {name}, {side}", file=sys.stderr)
-                    results.add(side, name, run, run_program(folder / name, options.row, least, deadline))
-                    runs = run + 1
-    if runs < options.runs:
-        print(f"the time was over in run {runs} of {options.runs}", file=sys.stderr)
-    return results.as_json(context_of(options, runs))
+                    results.add(side, name, run, run_program(program, row, least, deadline))
+        if deadline is not None and time.monotonic() >= deadline:
+            print(f"the time was over in run {run + 1} of {options.runs}", file=sys.stderr)
+            break
+        finished = run + 1
+    return results.as_json(context_of(options, finished))
 
 
 def context_of(options, runs):
@@ -272,7 +296,8 @@ def fill_page(text, document):
 
 # ---- plots ----
 
-COLOURS = ["#0072b2", "#d55e00", "#009e73", "#cc79a7", "#8a6d00", "#56b4e9"]  # told apart by colour-blind eyes too
+# Told apart by colour-blind eyes too, in front of both backgrounds.
+COLOURS = ["#0072b2", "#d55e00", "#009e73", "#cc79a7", "#8a6d00", "#56b4e9", "#8250df", "#8b949e"]
 STYLE = """<style>
 text { font: 12px sans-serif; fill: #24292f; }
 .title { font-weight: bold; font-size: 14px; }
@@ -387,9 +412,6 @@ def size_plot(document):
     rows = (len(panels) + 2) // 3
     drawing = Drawing(width, 40 + panel_height * rows)
     drawing.text(16, 24, "Time over size of the document (dashed: linear)", "title")
-    order = [OWN]
-    for _, series in panels:
-        order += [contender for contender in series if contender not in order]
     for i, (name, series) in enumerate(panels):
         left, top = 52 + panel_width * (i % 3), 66 + panel_height * (i // 3)
         right, bottom = left + panel_width - 72, top + panel_height - 70
@@ -411,7 +433,7 @@ def size_plot(document):
             (size, spent), (last, _) = series[OWN][0], series[OWN][-1]
             drawing.line(across(size), upwards(spent), across(last), upwards(spent * last / size), "guide")
         for j, (contender, points) in enumerate(series.items()):
-            colour = "#0072b2" if contender == OWN else COLOURS[1 + (order.index(contender) - 1) % (len(COLOURS) - 1)]
+            colour = COLOURS[j % len(COLOURS)]
             for (x1, y1), (x2, y2) in zip(points, points[1:]):
                 drawing.line(across(x1), upwards(y1), across(x2), upwards(y2), colour=colour)
             for x, y in points:
