@@ -5,10 +5,10 @@
     report.py smoke PROGRAMS
     report.py plots
 
-PROGRAMS is a folder of built programs. Each run starts every program anew, those of both folders in turn, and each
-benchmark gives one time per run, the quickest of three. A ratio is taken within one run, where both times lie side by
-side, and the table has the median over the runs: how many times as long as velmora a peer takes. The spread is the
-distance of the quartiles.
+PROGRAMS is a folder of built programs. Each run starts every program anew, and each benchmark gives one time per run, the
+quickest of three. A ratio is taken within one run, where both times lie side by side, and the table has the median over
+the runs: how many times as long as velmora a peer takes. The spread is the distance of the quartiles. The gain over the
+programs of another folder is taken within one run too, from short turns of both.
 
 `--publish` writes docs/plots/results.json, draws docs/plots/*.svg and fills the tables of docs/performance.md; `plots`
 does the last two from the results that are there. A table is filled between
@@ -41,6 +41,7 @@ OWN = "velmora"
 SMOKE_SECONDS = 60
 LEAST_SECONDS = 0.05  # that a benchmark takes in one run
 REPETITIONS = 3       # into which they are divided; the quickest counts
+TURNS = 3             # of two libraries in one run; the quickest of each counts
 
 
 # ---- running ----
@@ -99,7 +100,8 @@ def list_benchmarks(path, row):
 
 
 class Results:
-    """Times by row, variant, size and contender; in nanoseconds, one per run, in the order of the runs."""
+    """Times by row, variant, size and contender; in nanoseconds, one per run. "new" has those of all contenders in turn,
+    "now" and "old" those of the present library and of another one in turn."""
 
     def __init__(self):
         self.rows = {}
@@ -109,7 +111,7 @@ class Results:
             if entry.get("run_type") == "aggregate":
                 continue
             key, measured = parse_benchmark(entry)
-            row = self.rows.setdefault(key, {"program": program, "new": {}, "old": {}})
+            row = self.rows.setdefault(key, {"program": program, "new": {}, "now": {}, "old": {}})
             row[side][run] = min(measured["time"], row[side].get(run, math.inf))
             if side == "new":
                 row.update(bytes=measured["bytes"], items=measured["items"], note=measured["note"])
@@ -117,12 +119,14 @@ class Results:
     def as_json(self, context):
         rows = []
         for (row, variant, size, contender), data in self.rows.items():
+            if not data["new"]:
+                continue
             line = {"row": row, "variant": variant, "size": size, "contender": contender,
-                    "program": data["program"], "note": data.get("note", ""), "bytes": data.get("bytes", 0),
-                    "items": data.get("items", 0),
+                    "program": data["program"], "note": data["note"], "bytes": data["bytes"], "items": data["items"],
                     "ns": {str(run): round(spent, 3) for run, spent in sorted(data["new"].items())}}
-            if data["old"]:
-                line["old_ns"] = {str(run): round(spent, 3) for run, spent in sorted(data["old"].items())}
+            for side in ("now", "old"):
+                if data[side]:
+                    line[side + "_ns"] = {str(run): round(spent, 3) for run, spent in sorted(data[side].items())}
             rows.append(line)
         return {"context": context, "rows": rows}
 
@@ -138,14 +142,16 @@ def comparisons(path, row):
 
 
 def steps_of_a_run(run, name, new, old, row):
-    """(side, program, rows) in the order in which they run. Of the other library only velmora's rows are measured, as
-    close in time to the present ones as can be; neither side is always the first."""
+    """(side, program, rows, part of the time) in the order in which they run. The times of both libraries are taken in
+    short turns, since the machine may be slower a second later; neither is always the first."""
     if old is None:
-        yield "new", new / name, row
+        yield "new", new / name, row, 1
         return
     for head in comparisons(new / name, row):
-        steps = [("new", new / name, head), ("old", old / name, head + OWN)]
-        yield from steps if run % 2 == 0 else steps[::-1]
+        turn = [("now", new / name, head + OWN, 1 / TURNS), ("old", old / name, head + OWN, 1 / TURNS)]
+        for i in range(TURNS):
+            yield from turn if (run + i) % 2 == 0 else turn[::-1]
+        yield "new", new / name, head, 1
 
 
 def measure(options):
@@ -167,9 +173,9 @@ def measure(options):
     for run in range(options.runs):
         for name in programs:
             print(f"run {run + 1} of {options.runs}: {name}", file=sys.stderr)
-            for side, program, row in steps_of_a_run(run, name, new, old, options.row):
+            for side, program, row, part in steps_of_a_run(run, name, new, old, options.row):
                 if deadline is None or time.monotonic() < deadline:
-                    results.add(side, name, run, run_program(program, row, least, deadline))
+                    results.add(side, name, run, run_program(program, row, least * part, deadline))
         if deadline is not None and time.monotonic() >= deadline:
             print(f"the time was over in run {run + 1} of {options.runs}", file=sys.stderr)
             break
@@ -238,8 +244,6 @@ def terminal_table(document):
         own = contenders.get(OWN)
         title = f"{row}/{variant}/{size}"
         for contender, data in contenders.items():
-            if not data["ns"]:
-                continue
             values = list(data["ns"].values())
             median = statistics.median(values)
             speed = f"{data['bytes'] * 1e3 / median:.0f}" if data["bytes"] else ""
@@ -252,13 +256,13 @@ def terminal_table(document):
                     f"{speed:>8}{each:>9}{ratio:>8}")
             old = data.get("old_ns")
             if against and old:
-                gains = paired_ratios(old, data["ns"])
+                gains = paired_ratios(old, data.get("now_ns", {}))
                 gain = ratio_text(statistics.median(gains)) if gains else ""
                 line += f"{time_text(statistics.median(old.values())):>10}{gain:>7}"
             lines.append((line + ("   " + data["note"] if data["note"] else "")).rstrip())
             title = ""
     lines.append("ratio: the peer's time over velmora's, above 1 velmora is faster"
-                 + (f"; gain: the time with {against} over the present one" if against else ""))
+                 + (f"; gain: velmora's time at {against} over the present one" if against else ""))
     return "\n".join(lines)
 
 
@@ -390,7 +394,8 @@ def ratio_plot(document, program, title):
     return drawing.finished()
 
 
-SIZE_ROWS = ["read-xml-as-is", "read-json-as-is", "read-yaml-as-is", "write-xml", "write-json", "write-yaml"]
+SIZE_ROWS = ["read-xml-as-is", "read-json-as-is", "read-yaml-as-is", "write-xml", "write-json", "write-yaml",
+             "position"]
 
 
 def size_plot(document):
@@ -401,8 +406,7 @@ def size_plot(document):
         for (row, variant, _), contenders in families(document):
             if row == name and variant == "records":
                 for contender, data in contenders.items():
-                    if data["ns"]:
-                        series.setdefault(contender, []).append((data["bytes"], statistics.median(data["ns"].values())))
+                    series.setdefault(contender, []).append((data["bytes"], statistics.median(data["ns"].values())))
         series = {contender: sorted(points) for contender, points in series.items() if len(points) > 1}
         if series:
             panels.append((name, series))

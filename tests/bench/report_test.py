@@ -43,6 +43,7 @@ def results(against=False):
         measured.add("new", "bench_readers", run, [entry("velmora", 100 * (run + 1)),
                                                    entry("peer", 100 * (run + 1) * (run + 2))])
         if against:
+            measured.add("now", "bench_readers", run, [entry("velmora", 120 * (run + 1))])
             measured.add("old", "bench_readers", run, [entry("velmora", 150 * (run + 1))])
     return measured.as_json({"against": "v1"} if against else {})
 
@@ -83,6 +84,25 @@ class Measured(unittest.TestCase):
         self.assertAlmostEqual(report.quartile_spread([1.0, 2.0, 3.0, 4.0, 5.0]), 2 / 3)
 
 
+class Turns(unittest.TestCase):
+    def test_of_two_libraries_neither_is_always_the_first(self):
+        listed = report.list_benchmarks
+        report.list_benchmarks = lambda path, row: ["find/words/4KB/velmora", "find/words/4KB/strstr"]
+        try:
+            steps = [list(report.steps_of_a_run(run, "text", pathlib.Path("a"), pathlib.Path("b"), "find")) for run in (0, 1)]
+        finally:
+            report.list_benchmarks = listed
+        self.assertEqual([side for side, *_ in steps[0]], ["now", "old", "old", "now", "now", "old", "new"])
+        self.assertEqual([side for side, *_ in steps[1]], ["old", "now", "now", "old", "old", "now", "new"])
+        self.assertEqual({(side, str(path), row) for side, path, row, _ in steps[0]},
+                         {("now", "a/text", "find/words/4KB/velmora"), ("old", "b/text", "find/words/4KB/velmora"),
+                          ("new", "a/text", "find/words/4KB/")})
+
+    def test_a_library_alone_runs_all_rows_at_once(self):
+        self.assertEqual(list(report.steps_of_a_run(0, "text", pathlib.Path("a"), None, "find")),
+                         [("new", pathlib.Path("a/text"), "find", 1)])
+
+
 class Texts(unittest.TestCase):
     def test_times(self):
         for nanoseconds, text in ((1.234, "1.23 ns"), (45.6, "45.6 ns"), (1500, "1.5 us"), (2.5e6, "2.5 ms"),
@@ -100,7 +120,7 @@ class Texts(unittest.TestCase):
 
     def test_terminal_with_another_revision(self):
         lines = report.terminal_table(results(against=True)).splitlines()
-        self.assertRegex(lines[1], r"20 ns +300 ns +1.50$")
+        self.assertRegex(lines[1], r"20 ns +300 ns +1.25$")
         self.assertRegex(lines[2], r"60 ns +3.00$")
 
 
