@@ -77,7 +77,7 @@ constexpr char kIntegerLetter = 'i';
 constexpr char kRealLetter = 'd';
 constexpr char kBooleanLetter = 'b';
 
-// A document in a block of the reader's own, for readers that write into it.
+// A private copy of a document, for readers that write into it.
 struct Block {
     static constexpr std::size_t kPadding = 64;  // zero bytes after the document
 

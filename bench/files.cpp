@@ -262,7 +262,7 @@ void addLoad(const char* row, Size size, const char* contender, const char* note
 void addLoads() {
     static const Size large = isSmoke() ? Size{"64KB", 64000} : Size{"64MB", 64000000};
     for (const Size& size : {Size{"1KB", 1000}, large}) {
-        addLoad("load-array", size, "velmora", "into an array of its own", [](const char* path, auto look) {
+        addLoad("load-array", size, "velmora", "into a new array", [](const char* path, auto look) {
             ArrayHolder<char> text;
             const std::uint64_t n = UTF8File::load(path, text, 100000000, true);
             return look(text.data, static_cast<std::size_t>(n));

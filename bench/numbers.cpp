@@ -1,4 +1,5 @@
-// Texts to numbers. An item is one number; a thousand are converted in a row, so that no branch is learnt by heart.
+// Texts to numbers. An item is one number. One iteration converts a thousand different ones, so that the processor
+// cannot predict every branch.
 #include <fast_float/fast_float.h>
 
 #include <charconv>
@@ -20,7 +21,7 @@ namespace {
 
 constexpr int kNumbers = 1000;
 
-// Texts one behind the other, each with a terminator.
+// Texts in one block, each with a terminator.
 struct Texts {
     std::string bytes;
     std::vector<std::pair<std::size_t, std::size_t>> places;  // begin and end of each
@@ -61,7 +62,7 @@ Texts integers(int digits) {
     return texts;
 }
 
-// convert(begin, end, number) is false for what is no number.
+// convert(begin, end, number) returns false if the text is not a number.
 template <class Number, class Convert>
 void add(const std::string& row, const char* contender, const char* note, const Texts& texts, Convert convert) {
     const std::string name = row + '/' + contender;

@@ -1,5 +1,5 @@
-// The rows that read documents: each contender reads the same document, in a block of its own that is restored before
-// the clock runs. Small documents are read in batches, since the clock takes longer than one of them.
+// The rows that read documents. Each contender reads its own copy of the same document, which is restored before the
+// clock runs. Small documents are read in batches, since the clock takes longer than one of them.
 #ifndef VELMORA_BENCH_READERS_H
 #define VELMORA_BENCH_READERS_H
 

@@ -16,7 +16,7 @@ does the last two from the results that are there. A table is filled between
     <!-- bench: ROW WORD... -->
     <!-- /bench -->
 
-with the rows whose name starts with ROW and that have one of the words for their variant or size, if there are words.
+with the rows whose name starts with ROW, as find/ or read-xml do. With words, one of them is the row's variant or size.
 """
 
 import argparse
@@ -271,7 +271,7 @@ def terminal_table(document):
 def page_table(document, words):
     """One line per row, variant and size; velmora's time per item, and the peers' ratios."""
     chosen = [(key, contenders) for key, contenders in families(document)
-              if key[0].startswith(words[0]) and OWN in contenders
+              if "/".join(key).startswith(words[0]) and OWN in contenders
               and (len(words) == 1 or key[1] in words[1:] or key[2] in words[1:])]
     if not chosen:
         raise SystemExit(f"no result for the table {' '.join(words)}")
@@ -300,7 +300,7 @@ def fill_page(text, document):
 
 # ---- plots ----
 
-# Told apart by colour-blind eyes too, in front of both backgrounds.
+# Different for colour-blind eyes too, on both backgrounds.
 COLOURS = ["#0072b2", "#d55e00", "#009e73", "#cc79a7", "#8a6d00", "#56b4e9", "#8250df", "#8b949e"]
 STYLE = """<style>
 text { font: 12px sans-serif; fill: #24292f; }
@@ -347,13 +347,13 @@ def logarithmic(low, high, start, end):
     return lambda value: start + (math.log10(value) - low) / (high - low) * (end - start)
 
 
-def ratio_plot(document, program, title):
-    """A dot per peer at the median of its ratios, with a line from the least to the greatest. Of documents the size is
-    16 MB, of which the other plot has all."""
+def ratio_plot(document, title, begins, only_size=""):
+    """The rows whose names begin so: a dot per peer at the median of its ratios, with a line from the least to the
+    greatest."""
     chosen = []
     for key, contenders in families(document):
         own = contenders.get(OWN)
-        if not own or own["program"] != program or (program in ("bench_readers", "bench_writers") and key[2] != "16MB"):
+        if not own or not key[0].startswith(begins) or only_size not in ("", key[2]):
             continue
         dots = [(peer, paired_ratios(data["ns"], own["ns"])) for peer, data in contenders.items() if peer != OWN]
         if any(ratios for _, ratios in dots):
@@ -386,7 +386,7 @@ def ratio_plot(document, program, title):
     drawing.text(right, bottom + 32, "times as long as velmora: right of 1 velmora is faster", "small", "end")
     for i, ((row, variant, size), dots) in enumerate(chosen):
         y = top + step * i + step / 2
-        label = f"{row} {variant}" if program in ("bench_readers", "bench_writers") else f"{row} {variant} {size}"
+        label = f"{row} {variant}" if only_size else f"{row} {variant} {size}"
         drawing.text(left - 12, y + 4, label, "small", "end")
         for peer, ratios in dots:
             drawing.line(scale(min(ratios)), y, scale(max(ratios)), y, colour=colour[peer])
@@ -446,17 +446,25 @@ def size_plot(document):
     return drawing.finished()
 
 
-PLOT_TITLES = {"bench_readers": "Reading documents of 16 MB", "bench_writers": "Writing documents of 16 MB",
-               "bench_text": "Texts in memory", "bench_numbers": "Texts to numbers",
-               "bench_format_double": "A double as %f", "bench_serial": "Values and messages", "bench_files": "Files",
-               "bench_startup": "Start of a process"}
+# File, title, beginnings of rows, and the size of documents; the plot of sizes has the others.
+RATIO_PLOTS = [
+    ("read-xml", "Reading XML, 16 MB", ("read-xml",), "16MB"),
+    ("read-json", "Reading JSON, 16 MB", ("read-json",), "16MB"),
+    ("read-yaml", "Reading YAML, 16 MB", ("read-yaml",), "16MB"),
+    ("write", "Writing documents, 16 MB", ("write-",), "16MB"),
+    ("utf8", "UTF-8 and UTF-16", ("check-utf8", "count-utf8", "utf8-to-utf16", "utf16-to-utf8"), ""),
+    ("search", "Searches, and comparisons without case", ("find", "compare-", "equal-"), ""),
+    ("numbers", "Numbers", ("text-to-", "format-double"), ""),
+    ("memory", "Growing texts and vectors, values, messages", ("append", "push-back", "bag-", "message"), ""),
+    ("files", "Files, and the start of a process", ("log-", "load-", "startup"), ""),
+]
 
 
 def write_plots(document):
-    for program, title in PLOT_TITLES.items():
-        plot = ratio_plot(document, program, title)
+    for name, title, begins, size in RATIO_PLOTS:
+        plot = ratio_plot(document, title, begins, size)
         if plot:
-            (PLOTS / f"{program.removeprefix('bench_').replace('_', '-')}.svg").write_text(plot)
+            (PLOTS / f"{name}.svg").write_text(plot)
     plot = size_plot(document)
     if plot:
         (PLOTS / "sizes.svg").write_text(plot)

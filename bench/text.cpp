@@ -61,7 +61,6 @@ std::size_t countByHand(const std::string& text) {
     return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
 }
 
-// Of the characters whose UTF-16 has one unit, which all are here.
 using Codecvt = std::codecvt<char16_t, char8_t, std::mbstate_t>;
 
 class Iconv {
@@ -173,7 +172,7 @@ void addSearches() {
     const std::string pattern = "silver gate";
     const std::string otherCase = "SILVER Gate";
     for (const Size& size : kSizes) {
-        // The pattern stands at the end, and its first word all over the text.
+        // The pattern is at the end. Its first word is all over the text.
         std::string text = asciiText(size.bytes);
         text.replace(text.size() - pattern.size(), pattern.size(), pattern);
         auto shared = std::make_shared<const std::string>(text);

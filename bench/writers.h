@@ -1,5 +1,5 @@
-// The rows that write documents: each contender is given the same calls, and writes into a block of its own that it
-// keeps from run to run, or into a file. What it wrote is read before anything is timed.
+// The rows that write documents. Each contender is given the same calls, and writes into a block that it keeps from run
+// to run, or into a file. The output is read and compared before anything is timed.
 #ifndef VELMORA_BENCH_WRITERS_H
 #define VELMORA_BENCH_WRITERS_H
 
@@ -14,8 +14,8 @@
 
 namespace bench {
 
-// The values, numbers as numbers, as velmora's reader finds them in a text. Texts that need no quotes in YAML have them
-// or have them not, so one reader that knows both reads them all.
+// The values in a text, by velmora's reader; with `typed`, numbers as numbers. Writers differ in which texts of YAML
+// they quote and in the digits of a number, so values are compared.
 inline Contents contentsOf(const std::string& text, bool typed) {
     Blocks copy(text, 1);
     Contents seen;
@@ -90,7 +90,7 @@ inline void addVelmoraFileWriter(const char* row, Kind kind, MLDocBase::Format f
 }
 
 // For libraries in whose model several children of one name are an array, as all shapes have one kind of child per
-// item: array(name, true) before the first child, array(nullptr, true) before the others, array(nullptr, false) behind
+// item: array(name, true) before the first child, array(nullptr, true) before the others, array(nullptr, false) after
 // the last.
 template <class Begin, class End, class Attribute, class Array>
 void replayArrays(const Shape& shape, Begin begin, End end, Attribute attribute, Array array) {

@@ -1,5 +1,5 @@
 // Writing JSON beside RapidJSON's PrettyWriter and nlohmann's dump, which builds a tree first. Numbers are written as
-// numbers: velmora gives a double six digits behind the point, the others give it as many as it needs.
+// numbers: velmora gives a double six digits after the point, the others as many as it needs.
 #include <rapidjson/filewritestream.h>
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>

@@ -132,6 +132,10 @@ class Page(unittest.TestCase):
         self.assertEqual(report.fill_page(before, results()), after)
         self.assertEqual(report.fill_page(after, results()), after)
 
+    def test_a_row_is_named_by_its_beginning(self):
+        for row in ("re", "read/", "read/records/16MB"):
+            self.assertIn("200 ns", report.fill_page(f"<!-- bench: {row} -->\n<!-- /bench -->\n", results()))
+
     def test_a_table_without_results_is_refused(self):
         with self.assertRaises(SystemExit):
             report.fill_page("<!-- bench: read 1KB -->\n<!-- /bench -->\n", results())
@@ -139,13 +143,14 @@ class Page(unittest.TestCase):
 
 class Plots(unittest.TestCase):
     def test_ratios_are_drawn_the_same_each_time(self):
-        plot = report.ratio_plot(results(), "bench_readers", "Reading & writing")
+        plot = report.ratio_plot(results(), "Reading & writing", ("read",), "16MB")
         xml.dom.minidom.parseString(plot)
         self.assertEqual(plot.count("<circle"), 2)  # in the legend and in the row
-        self.assertEqual(plot, report.ratio_plot(results(), "bench_readers", "Reading & writing"))
+        self.assertEqual(plot, report.ratio_plot(results(), "Reading & writing", ("read",), "16MB"))
 
     def test_without_results_there_is_no_plot(self):
-        self.assertIsNone(report.ratio_plot(results(), "bench_text", "Texts"))
+        self.assertIsNone(report.ratio_plot(results(), "Searches", ("find",)))
+        self.assertIsNone(report.ratio_plot(results(), "Reading", ("read",), "1MB"))
         self.assertIsNone(report.size_plot(results()))
 
     def test_sizes(self):
