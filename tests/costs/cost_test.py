@@ -85,7 +85,7 @@ def main():
         print(f"{path} has the numbers of today")
     recorded = json.loads(path.read_text())
     if recorded["built"] != built:
-        skip(f"the numbers are of a program {recorded['built']}, and this one is {built}")
+        skip(f"the counts are those of {recorded['built']}, and this program has {built}")
     lines, failed = compare(recorded["instructions"], counted)
     print(f"{'instructions per item':<20}{'recorded':>11}{'counted':>12}{'change':>11}")
     print("\n".join(lines))

@@ -140,7 +140,7 @@ int main() {
     // The least that every machine has, so that all machines count alike.
     velmora::detail::textFunctions = velmora::detail::baseTextFunctions;
 #endif
-    std::printf("built by %s with the C library %s\n", __VERSION__, gnu_get_libc_version());
+    std::printf("compiler %s, glibc %s\n", __VERSION__, gnu_get_libc_version());
     countReading<Mode::AsIs>("read-xml-as-is", Kind::Records, MLDocBase::XML);
     countReading<Mode::Decoded>("read-xml-decoded", Kind::Escaped, MLDocBase::XML);
     countReading<Mode::Tokens>("read-xml-tokens", Kind::Records, MLDocBase::XML);
