@@ -510,6 +510,8 @@ def main():
         smoke(pathlib.Path(options.programs))
         return
     if options.command == "plots":
+        if not RESULTS.exists():
+            sys.exit("there are no results yet: ./dev bench --publish makes them")
         write_plots(json.loads(RESULTS.read_text()))
         return
     document = measure(options)
