@@ -26,46 +26,53 @@ char lastCounted(const char* begin, const char* end, char before) {
 
 // Finds the bytes up to the carriage return, one after the other.
 #if defined(VELMORA_HAS_SSE2) && !defined(VELMORA_CHECKS_ADDRESSES)
-// Nobody says where the line ends. A block at a multiple of its size has bytes of one page alone, so that reading all
-// of it is safe as soon as one of them is in the line.
+// Nobody says where the line ends. Bytes from one multiple of 64 to the next are of one page, so that reading all of
+// them is safe as soon as one of them is in the line.
 class ControlBytes {
 public:
-    explicit ControlBytes(const char* line) {
-        const auto before = reinterpret_cast<std::uintptr_t>(line) % Block::kSize;
-        block_ = line - before;
-        found_ = inBlock() & ~0u << before;
+    explicit ControlBytes(char* line) {
+        const auto before = reinterpret_cast<std::uintptr_t>(line) % kAtOnce;
+        begin_ = line - before;
+        found_ = inBegin() & ~std::uint64_t{0} << before;
     }
 
-    const char* next() {
+    char* next() {
         while (found_ == 0) {
-            block_ += Block::kSize;
-            found_ = inBlock();
+            begin_ += kAtOnce;
+            found_ = inBegin();
         }
-        const char* place = block_ + std::countr_zero(found_);
+        char* place = begin_ + std::countr_zero(found_);
         found_ &= found_ - 1;
         return place;
     }
 
 private:
-    using Block = velmora::detail::Block;
+    static constexpr int kAtOnce = 64;
 
-    const char* block_;
-    unsigned found_;  // those in the block that are still to come
+    char* begin_;
+    std::uint64_t found_;  // those of the 64 bytes that are still to come
 
-    unsigned inBlock() const { return Block::load(block_).isBelow('\r' + 1).bits(); }
+    std::uint64_t inBegin() const {
+        using velmora::detail::Block;
+        std::uint64_t found = 0;
+        for (int i = 0; i < kAtOnce; i += Block::kSize) {
+            found |= std::uint64_t{Block::load(begin_ + i).isBelow('\r' + 1).bits()} << i;
+        }
+        return found;
+    }
 };
 #else
 class ControlBytes {
 public:
-    explicit ControlBytes(const char* line) : place_(line) {}
+    explicit ControlBytes(char* line) : place_(line) {}
 
-    const char* next() {
+    char* next() {
         while (static_cast<unsigned char>(*place_) > '\r') ++place_;
         return place_++;
     }
 
 private:
-    const char* place_;
+    char* place_;
 };
 #endif
 
@@ -145,24 +152,25 @@ bool LogCharStream::setStreamPosition(std::int64_t position) {
 // the line as they lie in each piece. A line feed ends the line unless the byte in front of it, carriage returns aside,
 // is a backslash, which may have come with an earlier piece.
 template <class Sink>
-bool LogCharStream::walkLine(Sink sink, std::int64_t& nextPosition) {
+inline bool LogCharStream::walkLine(Sink sink, std::int64_t& nextPosition) {
     char previous = 0;
     while (cursor != end || readNextPiece()) {
-        const char* begin = cursor;
-        auto* feed = static_cast<char*>(std::memchr(cursor, '\n', static_cast<std::size_t>(end - cursor)));
-        char* stop = feed ? feed : end;
-        previous = lastCounted(begin, stop, previous);
-        const bool complete = feed && previous != '\\';
-        if (feed) {
-            ++stop;
-            previous = '\n';
+        char* const begin = cursor;
+        const void* feed = std::memchr(begin, '\n', static_cast<std::size_t>(end - begin));
+        if (!feed) {
+            previous = lastCounted(begin, end, previous);
+            sink(begin, end - begin);
+            cursor = end;
+            continue;
         }
-        sink(begin, stop - begin);
-        cursor = stop;
-        if (complete) {
+        cursor = begin + (static_cast<const char*>(feed) + 1 - begin);
+        previous = lastCounted(begin, cursor - 1, previous);
+        sink(begin, cursor - begin);
+        if (previous != '\\') {
             nextPosition = getStreamPosition();
             return true;
         }
+        previous = '\n';
     }
     return false;
 }
@@ -170,12 +178,15 @@ bool LogCharStream::walkLine(Sink sink, std::int64_t& nextPosition) {
 bool LogCharStream::readLineStream(char* line, int size, int& length, std::int64_t& nextPosition) {
     if (!file || pieceSize == 0) return false;
     length = 0;
-    const int room = size - 1;
+    std::ptrdiff_t room = size - 1;
+    char* place = line;
     auto store = [&](const char* bytes, std::ptrdiff_t count) {
-        const int kept = static_cast<int>(std::min<std::ptrdiff_t>(count, room - length));
+        const std::ptrdiff_t kept = std::min(count, room);
         if (kept <= 0) return;
-        std::memcpy(line + length, bytes, static_cast<std::size_t>(kept));
-        length += kept;
+        std::memcpy(place, bytes, static_cast<std::size_t>(kept));
+        place += kept;
+        room -= kept;
+        length = static_cast<int>(place - line);
     };
     if (!walkLine(store, nextPosition)) return false;
     line[length] = 0;
@@ -192,8 +203,8 @@ bool LogCharStream::parseLine(int fieldCount, const bool* wanted, char** fields,
     int i = 0;
     // Fields stay where they are until a byte is dropped or missing.
     for (ControlBytes controls(line); i < fieldCount; ++i) {
-        char* stop = line + (controls.next() - line);
-        while (*stop == '\t' && i == last) stop = line + (controls.next() - line);
+        char* stop = controls.next();
+        while (*stop == '\t' && i == last) stop = controls.next();
         const bool feed = *stop == '\n' && (stop == line || stop[-1] != '\\');
         if (*stop != '\t' && !feed && !(*stop == 0 && i == last)) break;
         *stop = 0;

@@ -49,24 +49,27 @@ bool convertAll(const char* s, T* out, Convert convert) {
     return true;
 }
 
-// Digits alone, and so few that they fit: the common text. Returns: false for any other text.
+// Digits alone, and so few that they fit: the common text. `end` stops a range, or null a text with a terminator.
+// Returns: false for any other text.
 template <class T>
-bool readPlain(const char* s, T* out) {
+bool readPlain(const char* s, const char* end, T* out) {
     T value = 0;
     int count = 0;
-    for (; count < std::numeric_limits<T>::digits10 && digitOf(s[count]) <= 9; ++count) {
+    for (; count < std::numeric_limits<T>::digits10 && s + count != end && digitOf(s[count]) <= 9; ++count) {
         value = static_cast<T>(value * 10 + static_cast<T>(digitOf(s[count])));
     }
-    if (count == 0 || s[count]) return false;
+    if (count == 0 || (end ? s + count != end : s[count] != 0)) return false;
     *out = value;
-    errno = 0;
     return true;
 }
 
 template <class Convert, class T>
 bool convertDecimal(const char* s, T* out, Convert convert) {
-    return s &&
-           (readPlain(s, out) || convertAll(s, out, [&](const char* t, char** end) { return convert(t, end, 10); }));
+    if (s && readPlain<T>(s, nullptr, out)) {
+        errno = 0;
+        return true;
+    }
+    return convertAll(s, out, [&](const char* t, char** end) { return convert(t, end, 10); });
 }
 
 // The runtime's `long` may have 64 bits: what does not fit 32 is then an overflow here.
@@ -107,18 +110,13 @@ bool convertBased(const char* s, T* out, Convert convert) {
 // smaller, which lets some wrapped values through.
 template <class T>
 bool decimal(const char* b, const char* e, T* out) {
+    if (b && b < e && readPlain(b, e, out)) return true;
     if (!b || e < b || e == b || e - b > kMostDecimalBytes) return false;
     using Bits = std::make_unsigned_t<T>;
     bool negative = false;
     if (std::is_signed_v<T> && (*b == '+' || *b == '-')) negative = *b++ == '-';
     if (b == e) return false;
     T value = 0;
-    // So many digits cannot overflow.
-    const char* safe = e - b > std::numeric_limits<T>::digits10 ? b + std::numeric_limits<T>::digits10 : e;
-    for (; b != safe; ++b) {
-        if (digitOf(*b) > 9) return false;
-        value = static_cast<T>(static_cast<Bits>(value) * 10 + digitOf(*b));
-    }
     for (; b != e; ++b) {
         if (digitOf(*b) > 9) return false;
         auto next = static_cast<T>(static_cast<Bits>(value) * 10 + digitOf(*b));
@@ -132,6 +130,7 @@ bool decimal(const char* b, const char* e, T* out) {
 // The forms of a 32-bit number: two hexadecimal ones, else decimal.
 template <class T>
 bool number32(const char* b, const char* e, T* out) {
+    if (b && b < e && readPlain(b, e, out)) return true;
     if (!b || e < b) return false;
     bool prefix = hasHexPrefix(b, e);
     if (!prefix && (b == e || e[-1] != 'H')) return decimal(b, e, out);
