@@ -42,12 +42,14 @@ void unmapPages(void* pages, std::size_t size) { munmap(pages, size); }
 GuardedBytes::GuardedBytes(const std::string& bytes) : size_(bytes.size()) {
     std::size_t page = pageSize();
     std::size_t open = (size_ + page - 1) / page * page;
-    mapped_ = open + page;
+    mapped_ = page + open + page;
     pages_ = mapPages(mapped_);
     if (!pages_) throw std::bad_alloc();
-    bytes_ = static_cast<char*>(pages_) + open - size_;
+    char* const end = static_cast<char*>(pages_) + page + open;
+    bytes_ = end - size_;
     std::memcpy(bytes_, bytes.data(), size_);
-    forbid(static_cast<char*>(pages_) + open, page);
+    forbid(pages_, page);
+    forbid(end, page);
 }
 
 GuardedBytes::~GuardedBytes() { unmapPages(pages_, mapped_); }

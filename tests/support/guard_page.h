@@ -1,4 +1,5 @@
-// Bytes whose end lies against a page that may not be touched: one step too far and the test dies.
+// Bytes whose end lies against a page that may not be touched: one step too far and the test dies. Another such page is
+// before them, and bytes that fill whole pages begin there.
 #ifndef VELMORA_TESTS_SUPPORT_GUARD_PAGE_H
 #define VELMORA_TESTS_SUPPORT_GUARD_PAGE_H
 
