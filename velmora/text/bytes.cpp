@@ -4,9 +4,20 @@
 #include <functional>
 #include <limits>
 
+#include <velmora/text/bytes_routines.h>
+#include <velmora/text/functions.h>
 #include <velmora/text/utf.h>
 
 namespace {
+
+using velmora::detail::asciiCaseIsPlain;
+using velmora::detail::Block;
+using velmora::detail::bytesAt;
+using velmora::detail::kShortText;
+using velmora::detail::textFunctions;
+
+constexpr std::size_t kLongText = 64;      // worth a call through the table where the base has a block that is inline
+constexpr std::size_t kFoldedSearch = 48;  // worth knowing first what is found
 
 unsigned char upper(char c) { return chr_upper_table_ascii[static_cast<unsigned char>(c)]; }
 
@@ -25,10 +36,60 @@ void fold(Unit* b, const Unit* e, const Table& table) {
     auto bytes = reinterpret_cast<std::uintptr_t>(e) - reinterpret_cast<std::uintptr_t>(b);
     if (!(b < e)) return;
     std::size_t count = (bytes + sizeof(Unit) - 1) / sizeof(Unit);
+    if constexpr (sizeof(Unit) == 1) {
+        if (count >= Block::kSize && asciiCaseIsPlain) {
+            const char first = &table[0] == chr_lower_table_ascii ? 'A' : 'a';
+            (count < kShortText ? velmora::detail::foldBytes<Block> : textFunctions.foldBytes)(b, count, first, table);
+            return;
+        }
+    }
     for (std::size_t i = 0; i < count; ++i) {
         using Index = std::make_unsigned_t<std::conditional_t<sizeof(Unit) == 1, char, short>>;
         b[i] = static_cast<Unit>(table[static_cast<Index>(b[i])]);
     }
+}
+
+// The bytes before the first pair that is neither the same nor one ASCII letter in both cases, of fewer bytes than a
+// block has: as two ends that may overlap. Of fewer than 8 bytes it gives 0, which says nothing.
+std::size_t commonAsciiOfFew(const char* a, const char* b, std::size_t n) {
+    const auto common = [](Block one, Block other) {
+        return static_cast<std::size_t>(std::countr_one(one.withOtherCase('a').same(other.withOtherCase('a')).bits()));
+    };
+    if (n >= 8) {
+        const std::size_t last = n - 8;
+        const std::size_t same = common(Block(bytesAt<std::uint64_t>(a), bytesAt<std::uint64_t>(a + last)),
+                                        Block(bytesAt<std::uint64_t>(b), bytesAt<std::uint64_t>(b + last)));
+        return same < 8 ? same : last + same - 8;
+    }
+    return 0;
+}
+
+std::size_t commonAscii(const char* a, const char* b, std::size_t n) {
+    if (n < Block::kSize) return commonAsciiOfFew(a, b, n);
+    return n < kLongText ? velmora::detail::commonAscii<Block>(a, b, n) : textFunctions.commonAscii(a, b, n);
+}
+
+// How many of `n` bytes are the same when they are folded. Bytes that are not ASCII are up to the table.
+VELMORA_APART std::size_t commonFoldedOfMany(const char* a, const char* b, std::size_t n) {
+    for (std::size_t i = 0;;) {
+        if (asciiCaseIsPlain) i += commonAscii(a + i, b + i, n - i);
+        for (const std::size_t begin = i; i - begin < Block::kSize; ++i) {
+            if (i == n || !sameFolded(a[i], b[i])) return i;
+        }
+    }
+}
+
+constexpr std::ptrdiff_t kMany = 8;  // bytes that are faster together
+
+inline bool isMany(const char* b, const char* e) { return e - b >= kMany; }
+
+int rawOrder(char a, char b) { return sign(static_cast<unsigned char>(a) > static_cast<unsigned char>(b)); }
+
+VELMORA_APART int orderOfMany(const char* b1, const char* e1, const char* b2, const char* e2) {
+    const auto n1 = static_cast<std::size_t>(e1 - b1), n2 = static_cast<std::size_t>(e2 - b2);
+    const std::size_t n = n1 < n2 ? n1 : n2, same = commonFoldedOfMany(b1, b2, n);
+    if (same < n) return rawOrder(b1[same], b2[same]);
+    return n1 == n2 ? 0 : sign(n1 > n2);
 }
 
 // How a search sees bytes: as they are, or folded. `of` gives what is compared, `find` the first byte in [b, e) that is
@@ -54,13 +115,20 @@ struct AsTheyAre {
 
 struct Folded {
     static unsigned char of(char c) { return upper(c); }
-    static const char* find(const char* b, const char* e, char c) { return strfind_i_ascii(b, e, c); }
-    static bool equal(const char* a, const char* b, std::size_t n) { return streq_i_ascii(a, n, b, n); }
-    static std::size_t common(const char* a, const char* b, std::size_t n) {
-        std::size_t i = 0;
-        while (i < n && sameFolded(a[i], b[i])) ++i;
-        return i;
+    static const char* find(const char* b, const char* e, char c) {
+        for (const unsigned char wanted = upper(c); b < e; ++b) {
+            if (upper(*b) == wanted) return b;
+        }
+        return nullptr;
     }
+    static bool equal(const char* a, const char* b, std::size_t n) {
+        if (n >= kMany) return sameFolded(*a, *b) && commonFoldedOfMany(a, b, n) == n;
+        for (std::size_t i = 0; i < n; ++i) {
+            if (!sameFolded(a[i], b[i])) return false;
+        }
+        return true;
+    }
+    static std::size_t common(const char* a, const char* b, std::size_t n) { return commonFoldedOfMany(a, b, n); }
 };
 
 // The greatest suffix of a pattern by an order of bytes. Returns: its begin; `period` is its period.
@@ -122,9 +190,12 @@ char* findTwoWay(const char* s, std::size_t n, const char* p, std::size_t pn) {
     return nullptr;
 }
 
-// The walk of both pattern searches. The plain one is the fastest on ordinary text. It is slow where the text is full
-// of places at which much of a long pattern matches: so it counts the bytes that matched in vain, and gives way in
-// time.
+VELMORA_APART char* findInBlocks(const char* s, std::size_t n, const char* p, std::size_t pn) {
+    return velmora::detail::findBytes<Block>(s, n, p, pn);
+}
+
+// The walk for few places, and for folded bytes that blocks cannot find. It is slow where the text is full of places at
+// which much of a long pattern matches: so it counts the bytes that matched in vain, and gives way in time.
 // Requires: 0 < pn <= n.
 template <class Bytes>
 char* findPattern(const char* s, std::size_t n, const char* p, std::size_t pn) {
@@ -152,6 +223,26 @@ char* findPattern(const char* s, std::size_t n, const char* p, std::size_t pn) {
 }
 
 }  // namespace
+
+namespace velmora::detail {
+
+constinit bool asciiCaseIsPlain = false;
+
+char* findTwoWay(const char* s, std::size_t n, const char* p, std::size_t pn) {
+    return ::findTwoWay<AsTheyAre>(s, n, p, pn);
+}
+
+char* findTwoWayFolded(const char* s, std::size_t n, const char* p, std::size_t pn) {
+    return ::findTwoWay<Folded>(s, n, p, pn);
+}
+
+char* findFoldedPlain(const char* s, std::size_t n, const char* p, std::size_t pn) {
+    return findPattern<Folded>(s, n, p, pn);
+}
+
+const char* findByteFoldedPlain(const char* b, const char* e, char c) { return Folded::find(b, e, c); }
+
+}  // namespace velmora::detail
 
 char* strnew(const char* s, std::size_t n) {
     if (!s) return nullptr;
@@ -238,20 +329,19 @@ int strcmp_i_ascii(const char* b1, const char* e1, const char* b2, const char* e
     if (b1 == e1) return b2 == e2 ? 0 : -1;
     if (b2 == e2) return 1;
     if (b1 > e1) return 1;
+    // The first byte alone: most texts differ there, and a null begin with another end than null is not to be read on.
+    if (isMany(b1, e1) && isMany(b2, e2)) {
+        return sameFolded(*b1, *b2) ? orderOfMany(b1, e1, b2, e2) : rawOrder(*b1, *b2);
+    }
     for (; b1 < e1 && b2 < e2; ++b1, ++b2) {
-        if (sameFolded(*b1, *b2)) continue;
-        return sign(static_cast<unsigned char>(*b1) > static_cast<unsigned char>(*b2));
+        if (!sameFolded(*b1, *b2)) return rawOrder(*b1, *b2);
     }
     if (b1 < e1) return 1;
     return b2 == e2 ? 0 : -1;
 }
 
 bool streq_i_ascii(const char* a, std::size_t alen, const char* b, std::size_t blen) {
-    if (alen != blen) return false;
-    for (std::size_t i = 0; i < alen; ++i) {
-        if (!sameFolded(a[i], b[i])) return false;
-    }
-    return true;
+    return alen == blen && Folded::equal(a, b, alen);
 }
 
 char* strbchr(const char* b, const char* e, char c) {
@@ -269,21 +359,23 @@ char* strfind(const char* s, std::size_t n, const char* p, std::size_t pn) {
     if (!s || !p || pn == 0 || n == 0) return const_cast<char*>(s) + n;
     if (pn > n) return nullptr;
     if (pn == 1) return strfind(s, n, p[0]);
+    const std::size_t places = n - pn + 1;
+    if (places >= kShortText) return textFunctions.findBytes(s, n, p, pn);
+    if (places >= Block::kSize) return findInBlocks(s, n, p, pn);
     return findPattern<AsTheyAre>(s, n, p, pn);
 }
 
 char* strfind_i_ascii(const char* b, const char* e, char c) {
-    const unsigned char wanted = upper(c);
-    for (; b < e; ++b) {
-        if (upper(*b) == wanted) return const_cast<char*>(b);
-    }
-    return nullptr;
+    if (e - b >= static_cast<std::ptrdiff_t>(kFoldedSearch))
+        return const_cast<char*>(textFunctions.findByteFolded(b, e, c));
+    return const_cast<char*>(velmora::detail::findByteFoldedPlain(b, e, c));
 }
 
 char* strfind_i_ascii(const char* s, std::size_t n, const char* p, std::size_t pn) {
     if (!s || !p || pn == 0) return const_cast<char*>(s) + n;
     if (pn > n) return nullptr;
-    return findPattern<Folded>(s, n, p, pn);
+    if (n - pn < kFoldedSearch) return velmora::detail::findFoldedPlain(s, n, p, pn);
+    return textFunctions.findFolded(s, n, p, pn);
 }
 
 const char* strfind_last_path_item(const char* b, const char* e) {

@@ -1,10 +1,13 @@
 // Everything of the library that is not constant-initialised, in the order in which it must come: std_null_string, then
-// the tables. It runs before every other initialiser of the program, so that those may use both.
+// the tables, then the text routines for this machine. It runs before every other initialiser of the program, so that
+// those may use all three.
 #include <cctype>
 #include <clocale>
 #include <cwctype>
 
 #include <velmora/text/bytes.h>
+#include <velmora/text/bytes_routines.h>
+#include <velmora/text/functions.h>
 
 #if defined(__GNUC__)
 #define VELMORA_INIT_FIRST __attribute__((init_priority(101)))
@@ -47,6 +50,22 @@ struct PrepareTables {
 
 const PrepareTables prepareTables VELMORA_INIT_FIRST;
 
+struct ChooseTextFunctions {
+    ChooseTextFunctions() { velmora::detail::chooseTextFunctions(); }
+};
+
+const ChooseTextFunctions chooseTextFunctions VELMORA_INIT_FIRST;
+
+// Some locale may have a case for other ASCII characters than the letters.
+bool asciiCaseIsThatOfAscii() {
+    for (int c = 0; c < 128; ++c) {
+        const bool isUpper = c >= 'A' && c <= 'Z', isLower = c >= 'a' && c <= 'z';
+        if (chr_upper_table_ascii[c] != (isLower ? c - 'a' + 'A' : c)) return false;
+        if (chr_lower_table_ascii[c] != (isUpper ? c - 'A' + 'a' : c)) return false;
+    }
+    return true;
+}
+
 }  // namespace
 
 void chr_tables_prepare() {
@@ -64,6 +83,7 @@ void chr_tables_prepare() {
         chr_types_table_ascii[lower] = 'L';
         chr_types_table_ascii[upper] = 'U';
     }
+    velmora::detail::asciiCaseIsPlain = asciiCaseIsThatOfAscii();
     for (char white : {' ', '\t', '\n', '\r'}) chr_types_table_ascii[static_cast<unsigned char>(white)] = 'W';
     for (std::wint_t i = 0; i < 65535; ++i) {
         chr_lower_table_utf16[i] = static_cast<utf16_t>(std::towlower(i));
