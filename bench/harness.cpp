@@ -13,6 +13,12 @@ namespace bench {
 namespace {
 
 bool smoke = false;
+std::size_t largest = static_cast<std::size_t>(-1);  // bytes of a document
+
+std::vector<Size> upToLargest(std::vector<Size> sizes) {
+    std::erase_if(sizes, [](const Size& size) { return size.bytes > largest; });
+    return sizes;
+}
 
 struct Folder {
     std::string path;
@@ -42,13 +48,14 @@ std::int64_t cpuTime() {
 bool isSmoke() { return smoke; }
 
 const std::vector<Size>& allSizes() {
-    static const std::vector<Size> full = {{"1KB", 1000}, {"1MB", 1000000}, {"16MB", 16000000}, {"90MB", 90000000}};
+    static const std::vector<Size> full =
+        upToLargest({{"1KB", 1000}, {"1MB", 1000000}, {"16MB", 16000000}, {"90MB", 90000000}});
     static const std::vector<Size> small = {{"1KB", 1000}, {"64KB", 64000}};
     return smoke ? small : full;
 }
 
 const std::vector<Size>& chiefSizes() {
-    static const std::vector<Size> full = {{"1MB", 1000000}, {"16MB", 16000000}};
+    static const std::vector<Size> full = upToLargest({{"1MB", 1000000}, {"16MB", 16000000}});
     static const std::vector<Size> small = {{"64KB", 64000}};
     return smoke ? small : full;
 }
@@ -89,6 +96,8 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--smoke") == 0) {
             bench::smoke = true;
+        } else if (std::strncmp(argv[i], "--largest=", 10) == 0) {
+            bench::largest = std::strtoull(argv[i] + 10, nullptr, 10);
         } else {
             argv[kept++] = argv[i];
         }

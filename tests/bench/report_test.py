@@ -103,6 +103,13 @@ class Turns(unittest.TestCase):
                          [("new", pathlib.Path("a/text"), "find", 1)])
 
 
+class Seconds(unittest.TestCase):
+    def test_short_time_leaves_out_large_documents(self):
+        names = [f"read/records/{size}/velmora" for size in ("1KB", "1MB", "16MB", "90MB")]
+        for seconds, largest in ((100, 90000000), (2, 16000000), (0.1, 1000000)):
+            self.assertEqual(report.largest_document(names, seconds), largest)
+
+
 class Texts(unittest.TestCase):
     def test_times(self):
         for nanoseconds, text in ((1.234, "1.23 ns"), (45.6, "45.6 ns"), (1500, "1.5 us"), (2.5e6, "2.5 ms"),
