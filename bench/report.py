@@ -252,7 +252,7 @@ def ratio_text(ratio):
 def terminal_table(document):
     against = document["context"].get("against")
     lines = []
-    head = f"{'':<34}{'':<20}{'median':>9}{'spread':>8}{'MB/s':>8}{'each':>9}{'ratio':>8}"
+    head = f"{'':<37}{'':<20}{'median':>9}{'spread':>8}{'MB/s':>8}{'each':>9}{'ratio':>8}"
     lines.append(head + (f"{'old':>10}{'gain':>7}" if against else ""))
     for (row, variant, size), contenders in families(document):
         own = contenders.get(OWN)
@@ -266,7 +266,7 @@ def terminal_table(document):
             if own and own is not data:
                 ratios = paired_ratios(data["ns"], own["ns"])
                 ratio = ratio_text(statistics.median(ratios)) if ratios else ""
-            line = (f"{title:<34}{contender:<20}{time_text(median):>9}{quartile_spread(values) * 100:>6.1f} %"
+            line = (f"{title:<37}{contender:<20}{time_text(median):>9}{quartile_spread(values) * 100:>6.1f} %"
                     f"{speed:>8}{each:>9}{ratio:>8}")
             old = data.get("old_ns")
             if against and old:
