@@ -2,7 +2,7 @@
 // A rendering ends in one of three ways: at the end of the message; by a stop, at something that makes no sense; or by
 // an exception, of which a read beyond the end is the usual one. None of them reaches the caller.
 #include <algorithm>
-#include <charconv>
+#include <bit>
 #include <cstdio>
 #include <cstring>
 #include <new>
@@ -11,6 +11,7 @@
 #include <velmora/localization/loc.h>
 #include <velmora/serial/ttt.h>
 #include <velmora/text/charvector.h>
+#include <velmora/text/digits.h>
 #include <velmora/text/formatting.h>
 #include <velmora/text/timetext.h>
 
@@ -18,15 +19,17 @@ namespace {
 
 constexpr int kDictionaries = 6;
 constexpr int kPositionalMax = 32;
-constexpr int kNumberMax = 21;  // bytes of a 64-bit number and its terminator
+constexpr int kNumberMax = velmora::detail::kMostDigits + 1;
+constexpr char kSmallDigits[] = "0123456789abcdef";
+constexpr char kCapitalDigits[] = "0123456789ABCDEF";
 // Bytes of a text with its terminator, for both kinds of result: a short message can ask for a long parameter many
 // times.
 constexpr std::size_t kTextMax = std::size_t{1} << 30;
 
 // A number with a terminator. Requires: `out` has kNumberMax bytes. Returns: the place of the terminator.
 template <class Value>
-char* putNumber(Value value, char* out, int base = 10) {
-    char* const end = std::to_chars(out, out + kNumberMax - 1, value, base).ptr;
+char* putNumber(Value value, char* out) {
+    char* const end = velmora::detail::putDecimal(value, out);
     *end = 0;
     return end;
 }
@@ -104,18 +107,17 @@ private:
         return lookUp(loaders_, dictionary, id);
     }
 
-    // Decimal, or hexadecimal with small or capital letters.
     template <class Value>
-    bool appendNumber(Value value, int base = 10) {
-        return appendScratch(putNumber(value, scratch_, base));
+    bool appendNumber(Value value) {
+        return appendScratch(putNumber(value, scratch_));
     }
     template <class Value>
-    bool appendCapitalHex(Value value) {
-        char* const end = putNumber(value, scratch_, 16);
-        for (char* p = scratch_; p != end; ++p) {
-            if (*p >= 'a') *p = static_cast<char>(*p - 'a' + 'A');
-        }
-        return appendScratch(end);
+    bool appendHex(Value value, const char* digits) {
+        char* p = scratch_;
+        int bit = (static_cast<int>(std::bit_width(value | 1)) - 1) / 4 * 4;
+        for (; bit >= 0; bit -= 4) *p++ = digits[value >> bit & 0xF];
+        *p = 0;
+        return appendScratch(p);
     }
 
     bool appendScratch(const char* end) {
@@ -152,9 +154,9 @@ private:
             case 'u':
                 return appendNumber(bag_.getULong());
             case 'x':
-                return appendNumber(bag_.getULong(), 16);
+                return appendHex(bag_.getULong(), kSmallDigits);
             case 'X':
-                return appendCapitalHex(bag_.getULong());
+                return appendHex(bag_.getULong(), kCapitalDigits);
             case 'f':
                 return renderDouble(bag_.getDouble());
             case 'l':
@@ -193,9 +195,9 @@ private:
             case 'u':
                 return appendNumber(bag_.getULongLong());
             case 'x':
-                return appendNumber(bag_.getULongLong(), 16);
+                return appendHex(bag_.getULongLong(), kSmallDigits);
             case 'X':
-                return appendCapitalHex(bag_.getULongLong());
+                return appendHex(bag_.getULongLong(), kCapitalDigits);
             default:
                 return appendScratch();
         }
