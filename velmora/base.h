@@ -42,13 +42,16 @@
 #define VELMORA_PRINTF(text, first)
 #endif
 
-// A function that is not to become part of its callers, which are small without it.
+// A function that is not to become part of its callers, which are small without it, and one that is to in any case.
 #if defined(__GNUC__)
 #define VELMORA_NOINLINE __attribute__((noinline))
+#define VELMORA_ALWAYS_INLINE __attribute__((always_inline))
 #elif defined(_MSC_VER)
 #define VELMORA_NOINLINE __declspec(noinline)
+#define VELMORA_ALWAYS_INLINE
 #else
 #define VELMORA_NOINLINE
+#define VELMORA_ALWAYS_INLINE
 #endif
 
 // Defined where `long` and `long long` are two types of 64 bits, so that overload sets need both.

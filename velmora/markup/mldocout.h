@@ -181,11 +181,16 @@ protected:
     void writeChars(int n, char c);
 
 private:
+    class Parts;
     class Stage;
+    class InPlace;
     template <std::size_t N>
     struct Literal;
     struct Optional;
     struct Run;
+    struct Name;
+    template <class T>
+    struct Number;
 
     bool has(State bit) const { return (state & bit) != 0; }
     void set(State bit) { state |= bit; }
@@ -199,12 +204,30 @@ private:
     Run dashRun();
     static bool isShort(const ChPair& name);
     void addPieces(Stage& stage, std::initializer_list<ChPair> pieces);
-    void addEscaped(Stage& stage, const ChPair& s);
-    void addName(Stage& stage, const char* name);
-    void addQuoted(Stage& stage, const ChPair& v);
-    void addQuotedEscaped(Stage& stage, const ChPair& v);
-    void addYamlText(Stage& stage, const ChPair& v);
-    void openJsonArray(Stage& stage, const char* name);
+    template <class Put>
+    bool putInPlace(const char* name, const ChPair& v, std::ptrdiff_t more, Put put);
+    template <class Put>
+    void putByStage(const char* name, const ChPair& v, Put put);
+    template <class Put>
+    void putEntry(const char* name, const ChPair& v, Put put);
+    ChPair lineEndFor(const Stage& stage) const;
+    Name lineEndFor(const InPlace& place) const;
+    bool addEscaped(Stage& stage, const ChPair& s);
+    bool addEscaped(InPlace& place, const ChPair& s);
+    bool addQuotedEscaped(Stage& stage, const ChPair& v);
+    bool addQuotedEscaped(InPlace& place, const ChPair& v);
+    void addName(Stage& stage, const ChPair& name);
+    void addName(InPlace& place, const Name& name);
+    template <class Target>
+    void addLead(Target& target, bool first);
+    template <class Target, class Value>
+    void addBare(Target& target, const Value& v);
+    template <class Target>
+    bool addYamlText(Target& target, const ChPair& v);
+    template <class T>
+    void writeNumber(const char* name, T v);
+    void openJsonArray(Stage& stage, const ChPair& name);
+    void openJsonArray(InPlace& place, const Name& name);
     void beginItemXml(const char* name);
     void beginItemJson(const char* name);
     void beginItemYaml(const char* name);

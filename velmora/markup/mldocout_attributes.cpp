@@ -1,5 +1,4 @@
 // Attributes. Each typed writer makes a text and picks the value writer that suits it; quoting is the value writer's.
-#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
@@ -11,22 +10,11 @@
 #include <velmora/serial/tags.h>
 #include <velmora/serial/ttt.h>
 #include <velmora/text/charr.h>
+#include <velmora/text/digits.h>
 #include <velmora/text/formatting.h>
 #include <velmora/text/timetext.h>
 
 namespace {
-
-// Text of a number on the stack.
-class NumberText {
-public:
-    template <class T>
-    explicit NumberText(T v) : end_(std::to_chars(text_, text_ + sizeof text_, v).ptr) {}
-    operator ChPair() const { return ChPair(text_, end_); }
-
-private:
-    char text_[24];
-    char* end_;
-};
 
 // Whether a text must go between double quotes in YAML, with its escapes.
 bool needsYamlEscapes(const ChPair& v) {
@@ -46,45 +34,40 @@ bool mayBeginPlain(char c) {
 // Rows keep their columns.
 bool MLDocOut::leavesOut(bool nothing, bool skip) const { return nothing && skip && format != HTML && format != CSV; }
 
-void MLDocOut::writeAttrName(const char* name) {
-    Stage stage(*this, name);
-    addName(stage, name);
-    stage.flush();
-}
-
-void MLDocOut::addName(Stage& stage, const char* name) {
+// The bytes before a name.
+template <class Target>
+VELMORA_ALWAYS_INLINE inline void MLDocOut::addLead(Target& target, bool first) {
     if (!has(AttributesOpen)) throw TTT(VELMORA_DICT, LCA__Could_not_write_attribute);
-    // The bytes before the name.
-    const auto addLead = [this, &stage](bool first) {
-        switch (format) {
-            case XML:
-                if (has(CompactMode)) return stage.add(' ');
-                return stage.add(lineEnd(), indentRun());
-            case JSON:
-                if (!has(CompactMode)) return stage.add(Optional(',', !first), lineEnd(), indentRun());
-                return first ? stage.add(compactIndentRun()) : stage.add(',', run(1, ' '));
-            case YAML:
-                return first ? stage.add(dashRun(), Literal("- ")) : stage.add(indentRun());
-            case CSV:
-                return stage.add(Optional(',', !first));
-            default:
-                return;
-        }
-    };
-    addLead(!has(NeedSeparator));
-    const ChPair text(name);
     switch (format) {
         case XML:
-            if (!isShort(text)) return addPieces(stage, {text, "="});
-            return stage.add(text, '=');
+            if (has(CompactMode)) return target.add(' ');
+            return target.add(lineEndFor(target), indentRun());
+        case JSON:
+            if (!has(CompactMode)) return target.add(Optional(',', !first), lineEndFor(target), indentRun());
+            return first ? target.add(compactIndentRun()) : target.add(',', run(1, ' '));
+        case YAML:
+            return first ? target.add(dashRun(), Literal("- ")) : target.add(indentRun());
+        case CSV:
+            return target.add(Optional(',', !first));
+        default:
+            return;
+    }
+}
+
+void MLDocOut::addName(Stage& stage, const ChPair& name) {
+    addLead(stage, !has(NeedSeparator));
+    switch (format) {
+        case XML:
+            if (!isShort(name)) return addPieces(stage, {name, "="});
+            return stage.add(name, '=');
         case JSON:
             set(NeedSeparator);
-            if (!isShort(text)) return addPieces(stage, {"\"", text, "\": "});
-            return stage.add('"', text, Literal("\": "));
+            if (!isShort(name)) return addPieces(stage, {"\"", name, "\": "});
+            return stage.add('"', name, Literal("\": "));
         case YAML:
             set(NeedSeparator);
-            if (!isShort(text)) return addPieces(stage, {text, ": "});
-            return stage.add(text, Literal(": "));
+            if (!isShort(name)) return addPieces(stage, {name, ": "});
+            return stage.add(name, Literal(": "));
         case CSV:
             return set(NeedSeparator);
         default:
@@ -92,96 +75,124 @@ void MLDocOut::addName(Stage& stage, const char* name) {
     }
 }
 
-void MLDocOut::addQuoted(Stage& stage, const ChPair& v) { stage.add('"', v, '"'); }
+VELMORA_ALWAYS_INLINE inline void MLDocOut::addName(InPlace& place, const Name& name) {
+    addLead(place, !has(NeedSeparator));
+    switch (format) {
+        case XML:
+            return place.add(name, '=');
+        case JSON:
+            set(NeedSeparator);
+            return place.add('"', name, Literal("\": "));
+        case YAML:
+            set(NeedSeparator);
+            return place.add(name, Literal(": "));
+        case CSV:
+            return set(NeedSeparator);
+        default:
+            return;
+    }
+}
+
+// A value without escapes, and in JSON without quotes.
+template <class Target, class Value>
+VELMORA_ALWAYS_INLINE inline void MLDocOut::addBare(Target& target, const Value& v) {
+    switch (format) {
+        case XML:
+            return target.add('"', v, '"');
+        case JSON:
+        case CSV:
+            return target.add(v);
+        case YAML:
+            return target.add(v, lineEndFor(target));
+        case HTML:
+            return target.add(Literal("<td>"), v, Literal("</td>"));
+        default:
+            return;
+    }
+}
+
+void MLDocOut::writeAttrName(const char* name) {
+    putEntry(name, ChPair(), [this](auto& target, const auto& text) VELMORA_ALWAYS_INLINE {
+        addName(target, text);
+        return true;
+    });
+}
 
 void MLDocOut::writeSimpleAttr(const char* name, const ChPair& v) {
     if (v.end < v.begin) return writeSimpleAttr(name, ChPair());  // a stale view
     if (format == YAML && v.empty()) return writeEmptyAttr(name);
     if (format != JSON) return writeSimplestAttr(name, v);
-    Stage stage(*this, name, v.begin);
-    addName(stage, name);
-    addQuoted(stage, v);
-    stage.flush();
+    putEntry(name, v, [this, &v](auto& target, const auto& text) VELMORA_ALWAYS_INLINE {
+        addName(target, text);
+        target.add('"', v, '"');
+        return true;
+    });
 }
 
 void MLDocOut::writeSimplestAttr(const char* name, const ChPair& v) {
     if (v.end < v.begin) return writeSimplestAttr(name, ChPair());
-    Stage stage(*this, name, v.begin);
-    addName(stage, name);
-    switch (format) {
-        case XML:
-            addQuoted(stage, v);
-            break;
-        case JSON:
-        case CSV:
-            stage.add(v);
-            break;
-        case YAML:
-            stage.add(v, lineEnd());
-            break;
-        case HTML:
-            stage.add(Literal("<td>"), v, Literal("</td>"));
-            break;
-        default:
-            break;
-    }
-    stage.flush();
+    putEntry(name, v, [this, &v](auto& target, const auto& text) VELMORA_ALWAYS_INLINE {
+        addName(target, text);
+        addBare(target, v);
+        return true;
+    });
 }
 
 void MLDocOut::writeEmptyAttr(const char* name) {
-    Stage stage(*this, name);
-    addName(stage, name);
-    switch (format) {
-        case XML:
-        case JSON:
-            addQuoted(stage, ChPair());
-            break;
-        case YAML:
-            stage.add(Literal("''"), lineEnd());
-            break;
-        case HTML:
-            stage.add(Literal("<td></td>"));
-            break;
-        default:
-            break;
-    }
-    stage.flush();
+    putEntry(name, ChPair(), [this](auto& target, const auto& text) VELMORA_ALWAYS_INLINE {
+        addName(target, text);
+        switch (format) {
+            case XML:
+            case JSON:
+                target.add(Literal("\"\""));
+                break;
+            case YAML:
+                target.add(Literal("''"), lineEndFor(target));
+                break;
+            case HTML:
+                target.add(Literal("<td></td>"));
+                break;
+            default:
+                break;
+        }
+        return true;
+    });
 }
 
 void MLDocOut::writeStrAttr(const char* name, const ChPair& v, bool skipEmpty) {
     if (v.end < v.begin) return writeStrAttr(name, ChPair(), skipEmpty);
     if (leavesOut(v.empty(), skipEmpty)) return;
-    Stage stage(*this, name, v.begin);
-    addName(stage, name);
-    switch (format) {
-        case XML:
-        case JSON:
-        case CSV:
-            addQuotedEscaped(stage, v);
-            break;
-        case YAML:
-            addYamlText(stage, v);
-            stage.add(lineEnd());
-            break;
-        case HTML:
-            stage.add(Literal("<td>"));
-            addEscaped(stage, v);
-            stage.add(Literal("</td>"));
-            break;
-        default:
-            break;
-    }
-    stage.flush();
+    putEntry(name, v, [this, &v](auto& target, const auto& text) VELMORA_ALWAYS_INLINE {
+        addName(target, text);
+        switch (format) {
+            case XML:
+            case JSON:
+            case CSV:
+                return addQuotedEscaped(target, v);
+            case YAML:
+                if (!addYamlText(target, v)) return false;
+                target.add(lineEndFor(target));
+                return true;
+            case HTML:
+                target.add(Literal("<td>"));
+                if (!addEscaped(target, v)) return false;
+                target.add(Literal("</td>"));
+                return true;
+            default:
+                return true;
+        }
+    });
 }
 
-void MLDocOut::addYamlText(Stage& stage, const ChPair& v) {
-    if (!v.empty() && needsYamlEscapes(v)) {
-        addQuotedEscaped(stage, v);
-    } else if (!v.empty() && v.end[-1] != ' ' && mayBeginPlain(*v.begin)) {
-        stage.add(v);
+template <class Target>
+VELMORA_ALWAYS_INLINE inline bool MLDocOut::addYamlText(Target& target, const ChPair& v) {
+    if (!v.empty() && needsYamlEscapes(v)) return addQuotedEscaped(target, v);
+    if (!v.empty() && v.end[-1] != ' ' && mayBeginPlain(*v.begin)) {
+        target.add(v);
     } else {
-        stage.add('\'', v, '\'');
+        target.add('\'', v, '\'');
     }
+    return true;
 }
 
 void MLDocOut::writeStrAttr(const char* name, const char* v, bool skipEmpty) {
@@ -215,26 +226,57 @@ void MLDocOut::writeFormatAttr(const char* name, const char* fmt, ...) {
     writeStrAttr(name, ChPair(text.begin(), text.begin() + text.size()));
 }
 
+// A number as a part: its text is made where it goes, if that is known to have room for the longest.
+template <class T>
+struct MLDocOut::Number {
+    static constexpr int kMostBytes = velmora::detail::kMostDigits;
+
+    T v;
+
+    char* put(char* to) const { return velmora::detail::putDecimal(v, to); }
+};
+
+template <>
+struct MLDocOut::Number<double> {
+    static constexpr int kMostBytes = velmora::detail::kDoubleTextSize;
+
+    double v;
+
+    char* put(char* to) const { return velmora::detail::putDouble(v, to); }
+};
+
+template <class T>
+inline void MLDocOut::writeNumber(const char* name, T v) {
+    const Number<T> number{v};
+    const auto put = [this, &number](InPlace& place, const Name& text) VELMORA_ALWAYS_INLINE {
+        addName(place, text);
+        addBare(place, number);
+        return true;
+    };
+    if (putInPlace(name, ChPair(), Number<T>::kMostBytes, put)) return;
+    char text[Number<T>::kMostBytes];
+    writeSimplestAttr(name, ChPair(text, number.put(text)));
+}
+
 void MLDocOut::writeIntAttr(const char* name, int v, bool skipZero) {
-    if (!leavesOut(v == 0, skipZero)) writeSimplestAttr(name, NumberText(v));
+    if (!leavesOut(v == 0, skipZero)) writeNumber(name, v);
 }
 
 void MLDocOut::writeUIntAttr(const char* name, unsigned v, bool skipZero) {
-    if (!leavesOut(v == 0, skipZero)) writeSimplestAttr(name, NumberText(v));
+    if (!leavesOut(v == 0, skipZero)) writeNumber(name, v);
 }
 
 void MLDocOut::writeInt64Attr(const char* name, std::int64_t v, bool skipZero) {
-    if (!leavesOut(v == 0, skipZero)) writeSimplestAttr(name, NumberText(v));
+    if (!leavesOut(v == 0, skipZero)) writeNumber(name, v);
 }
 
 void MLDocOut::writeUInt64Attr(const char* name, std::uint64_t v, bool skipZero) {
-    if (!leavesOut(v == 0, skipZero)) writeSimplestAttr(name, NumberText(v));
+    if (!leavesOut(v == 0, skipZero)) writeNumber(name, v);
 }
 
 void MLDocOut::writeDoubleAttr(const char* name, double v, bool skipZero) {
     if (leavesOut(v == 0, skipZero)) return;
-    char text[velmora::detail::kDoubleTextSize];
-    writeSimplestAttr(name, ChPair(text, velmora::detail::putDouble(v, text)));
+    writeNumber(name, v);
 }
 
 void MLDocOut::writeBoolAttr(const char* name, bool v) { writeSimplestAttr(name, v ? "true" : "false"); }
@@ -278,7 +320,7 @@ void MLDocOut::writeFlagsAttr(const char* name, unsigned v, const PairTag* tags)
     for (const PairTag* tag = tags; tag->name; ++tag) {
         if ((v & static_cast<unsigned>(tag->value)) != 0) stage.expect(tag->name);
     }
-    addName(stage, name);
+    addName(stage, ChPair(name));
     if (format == HTML) {
         stage.add(Literal("<td>"));
     } else if (format != YAML) {

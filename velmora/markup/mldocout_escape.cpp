@@ -13,7 +13,8 @@
 
 namespace {
 
-using velmora::detail::Block;
+using velmora::detail::marksJsonYaml;
+using velmora::detail::marksXmlHtml;
 
 // Hands out the stretches of `s` that stay and the replacements between them, in order. `find` gives the next byte that
 // may have a replacement.
@@ -32,9 +33,6 @@ void escapeStretches(MLDocOut::Escape function, Find find, const ChPair& s, Take
 }
 
 const char* anyByte(const char* p, const char*) { return p; }
-
-constexpr auto marksXmlHtml = [](Block b) { return b.is('"') | b.is('&') | b.is('\'') | b.is('<') | b.is('>'); };
-constexpr auto marksJsonYaml = [](Block b) { return b.is('"') | b.is('\\') | b.isBelow(0x20); };
 
 const char* findXmlHtml(const char* p, const char* end) {
     return velmora::detail::scanUntil(p, end, marksXmlHtml,
@@ -156,18 +154,20 @@ void MLDocOut::writeEscaped(const ChPair& s) {
 }
 
 // Straight to the sink, in stretches.
-void MLDocOut::addEscaped(Stage& stage, const ChPair& s) {
+bool MLDocOut::addEscaped(Stage& stage, const ChPair& s) {
     escapeText(escape, s, [&stage](const char* text, int n) { stage.addBytes(text, n); });
+    return true;
 }
 
 // Most values need no escape: these are looked at and copied in one go.
-void MLDocOut::addQuotedEscaped(Stage& stage, const ChPair& s) {
+bool MLDocOut::addQuotedEscaped(Stage& stage, const ChPair& s) {
     if (escape == velmora::detail::escapeXmlHtml
             ? stage.addQuotedUnless(s, marksXmlHtml)
             : escape == velmora::detail::escapeJsonYaml && stage.addQuotedUnless(s, marksJsonYaml)) {
-        return;
+        return true;
     }
     stage.add('"');
     addEscaped(stage, s);
     stage.add('"');
+    return true;
 }

@@ -2,6 +2,7 @@
 // element of an array named after it, and consecutive children of one name share the array. Only the next beginItem
 // tells whether an array goes on or ends, which is what `lastName` is kept for.
 #include <cstring>
+#include <type_traits>
 
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldocout.h>
@@ -42,43 +43,55 @@ void MLDocOut::beginItem(const char* name) {
 
 void MLDocOut::beginItemXml(const char* name) {
     if (has(InContent)) throw TTT(VELMORA_DICT, LCA__Attempt_start_nested_token);
-    Stage stage(*this, name);
-    if (has(TagOpen)) stage.add('>', lineEnd());
-    stage.add(indentRun(), '<', ChPair(name));
-    stage.flush();
+    putEntry(name, ChPair(), [this](auto& target, const auto& text) VELMORA_ALWAYS_INLINE {
+        if (has(TagOpen)) target.add('>', lineEndFor(target));
+        target.add(indentRun(), '<', text);
+        return true;
+    });
     set(TagOpen);
     ++indent;
 }
 
-void MLDocOut::openJsonArray(Stage& stage, const char* name) {
+void MLDocOut::openJsonArray(Stage& stage, const ChPair& name) {
     addPieces(stage, {"\"", name, "\": [", eoln});
     ++indent;
     stage.add(indentRun());
 }
 
+VELMORA_ALWAYS_INLINE inline void MLDocOut::openJsonArray(InPlace& place, const Name& name) {
+    place.add('"', name, Literal("\": ["), lineEndFor(place));
+    ++indent;
+    place.add(indentRun());
+}
+
 void MLDocOut::beginItemJson(const char* name) {
-    Stage stage(*this, name);
-    if (depth == 0) {
-        stage.add(has(CompactMode) ? compactIndentRun() : indentRun());
-        addPieces(stage, {"\"", name, "\": "});
-    } else if (lastName.count != 0 && lastName == name) {
-        stage.add(Optional(',', has(NeedSeparator)), lineEnd(), indentRun());
-    } else if (lastName.count != 0) {
-        stage.add(lineEnd());
-        --indent;
-        stage.add(indentRun(), Literal("],"), lineEnd(), indentRun());
-        openJsonArray(stage, name);
-    } else {
-        if (has(NeedSeparator)) stage.add(',');
-        if (has(CompactMode) && !has(NeedSeparator)) {
-            stage.add(compactIndentRun());
+    putEntry(name, ChPair(), [this, name](auto& target, const auto& text) VELMORA_ALWAYS_INLINE {
+        if (depth == 0) {
+            target.add(has(CompactMode) ? compactIndentRun() : indentRun());
+            if constexpr (std::is_same_v<decltype(target), Stage&>) {
+                addPieces(target, {"\"", text, "\": "});
+            } else {
+                target.add('"', text, Literal("\": "));
+            }
+        } else if (lastName.count != 0 && lastName == name) {
+            target.add(Optional(',', has(NeedSeparator)), lineEndFor(target), indentRun());
+        } else if (lastName.count != 0) {
+            target.add(lineEndFor(target));
+            --indent;
+            target.add(indentRun(), Literal("],"), lineEndFor(target), indentRun());
+            openJsonArray(target, text);
         } else {
-            stage.add(lineEnd(), indentRun());
+            if (has(NeedSeparator)) target.add(',');
+            if (has(CompactMode) && !has(NeedSeparator)) {
+                target.add(compactIndentRun());
+            } else {
+                target.add(lineEndFor(target), indentRun());
+            }
+            openJsonArray(target, text);
         }
-        openJsonArray(stage, name);
-    }
-    stage.add('{');
-    stage.flush();
+        target.add('{');
+        return true;
+    });
     ++indent;
     lastName.truncate();
     clear(NeedSeparator);
@@ -87,14 +100,19 @@ void MLDocOut::beginItemJson(const char* name) {
 void MLDocOut::beginItemYaml(const char* name) {
     bool sequenceGoesOn = depth != 0 && lastName.count != 0 && lastName == name;
     if (!sequenceGoesOn) {
-        Stage stage(*this, name);
-        if (depth != 0 && (lastName.count != 0 || has(NeedSeparator))) {
-            stage.add(indentRun());
-        } else if (depth != 0) {
-            stage.add(dashRun(), Literal("- "));
-        }
-        addPieces(stage, {name, ":", eoln});
-        stage.flush();
+        putEntry(name, ChPair(), [this](auto& target, const auto& text) VELMORA_ALWAYS_INLINE {
+            if (depth != 0 && (lastName.count != 0 || has(NeedSeparator))) {
+                target.add(indentRun());
+            } else if (depth != 0) {
+                target.add(dashRun(), Literal("- "));
+            }
+            if constexpr (std::is_same_v<decltype(target), Stage&>) {
+                addPieces(target, {text, ":", eoln});
+            } else {
+                target.add(text, ':', lineEndFor(target));
+            }
+            return true;
+        });
     }
     lastName.truncate();
     clear(NeedSeparator);
@@ -153,39 +171,42 @@ void MLDocOut::endItem(const char* name) {
 
 void MLDocOut::endItemXml(const char* name) {
     --indent;
-    Stage stage(*this, name);
-    if (has(TagOpen)) {
-        clear(TagOpen);
-        if (!has(CompactMode)) stage.add(lineEnd(), indentRun());
-        stage.add(Literal("/>"), lineEnd());
-    } else {
-        if (!has(InContent)) stage.add(indentRun());
-        clear(InContent);
-        const ChPair text(name);
-        if (text.len() + lineEnd().len() + 3 <= Stage::kMostFormatted) {
-            stage.add(Literal("</"), text, '>', lineEnd());
-        } else {
-            addPieces(stage, {"</", text, ">", eoln});
+    putEntry(name, ChPair(), [this](auto& target, const auto& text) VELMORA_ALWAYS_INLINE {
+        if (has(TagOpen)) {
+            clear(TagOpen);
+            if (!has(CompactMode)) target.add(lineEndFor(target), indentRun());
+            target.add(Literal("/>"), lineEndFor(target));
+            return true;
         }
-    }
-    stage.flush();
+        if (!has(InContent)) target.add(indentRun());
+        clear(InContent);
+        if constexpr (std::is_same_v<decltype(target), Stage&>) {
+            if (text.len() + lineEnd().len() + 3 > Stage::kMostFormatted) {
+                addPieces(target, {"</", text, ">", eoln});
+                return true;
+            }
+        }
+        target.add(Literal("</"), text, '>', lineEndFor(target));
+        return true;
+    });
 }
 
 void MLDocOut::endItemJson(const char* name) {
     --indent;
     const bool inArray = lastName.count != 0;
     keepName(name);  // before anything is written: it may lie in the sink
-    Stage stage(*this);
-    if (inArray) {
-        stage.add(lineEnd(), indentRun(), ']', lineEnd());
-        --indent;
-        stage.add(indentRun());
-    } else if (has(CompactMode)) {
-        stage.add(compactIndentRun());
-    } else {
-        stage.add(lineEnd(), indentRun());
-    }
-    stage.add('}');
-    stage.flush();
+    putEntry(nullptr, ChPair(), [this, inArray](auto& target, const auto&) VELMORA_ALWAYS_INLINE {
+        if (inArray) {
+            target.add(lineEndFor(target), indentRun(), ']', lineEndFor(target));
+            --indent;
+            target.add(indentRun());
+        } else if (has(CompactMode)) {
+            target.add(compactIndentRun());
+        } else {
+            target.add(lineEndFor(target), indentRun());
+        }
+        target.add('}');
+        return true;
+    });
     set(NeedSeparator);
 }
