@@ -1,5 +1,5 @@
-// The writer puts an entry straight into a Bag that has room for it. The same calls give the same bytes by way of a sink
-// that is not the library's own, whatever room there is and however long the parts are.
+// The writer puts an entry straight into a Bag that has room for it. The same calls give the same bytes by way of a
+// sink that is not the library's own, whatever room there is and however long the parts are.
 #include <velmora/markup/mldocout.h>
 
 #include <gtest/gtest.h>
@@ -30,8 +30,8 @@ std::string content(const Bag& bag) { return std::string(bag.data, static_cast<s
 
 using Calls = std::function<void(MLDocOut&)>;
 
-// Runs `calls` with `room` bytes free after `before` bytes of content, and with `behind` bytes after the cursor that the
-// first write cuts off.
+// Runs `calls` with `room` bytes free after `before` bytes of content, and with `behind` bytes after the cursor that
+// the first write cuts off.
 std::string written(MLDocOut::BagWriter& sink, const Setting& setting, int before, int room, int behind,
                     const Calls& calls) {
     sink.setBufferSize(before + room);
