@@ -403,7 +403,7 @@ T* SimpleVector<T>::prepare(int n) {
 }
 
 template <class T>
-void SimpleVector<T>::append(T x) {
+inline void SimpleVector<T>::append(T x) {
     const int n = count;
     if (n >= allocateCount) grow(velmora::detail::countWith(n, 1));
     data[n] = x;
