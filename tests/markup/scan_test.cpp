@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <velmora/markup/scan.h>
+#include <velmora/markup/window.h>
 
 #include <algorithm>
 #include <cstring>
@@ -97,6 +98,76 @@ TYPED_TEST(Scan, TheFirstMarkIsTheFirst) {
         ASSERT_EQ(place != std::string::npos, other.any());
         ASSERT_EQ(other.any() ? static_cast<int>(place) : -1, other.any() ? other.first() : -1);
     }
+}
+
+// Asks `where` about a block and `wanted` about each of its bytes.
+template <class B, class Where, class Wanted>
+void expectMarks(const std::string& text, Where where, Wanted wanted) {
+    std::uint32_t bits = 0;
+    for (int i = 0; i < 32; ++i)
+        bits |= static_cast<std::uint32_t>(wanted(static_cast<unsigned char>(text[static_cast<std::size_t>(i)]))) << i;
+    ASSERT_EQ(bits & 0xFFFF, where(B::load(text.data())).bits());
+    ASSERT_TRUE(velmora::detail::Marks(bits) == velmora::detail::BasicWindow<B>(text.data()).marks(where));
+    const velmora::detail::Marks half = velmora::detail::BasicWindow<B>(text.data()).firstHalf(where);
+    ASSERT_TRUE(velmora::detail::Marks(bits & 0xFFFF) == half);
+}
+
+TYPED_TEST(Scan, MarksEveryByteThatIsAskedForAndNoOther) {
+    using B = TypeParam;
+    std::mt19937 random(7);
+    for (int round = 0; round < 300; ++round) {
+        std::string text(32, ' ');
+        const unsigned near = random() % 256;
+        for (char& c : text) c = static_cast<char>(random() % 2 == 0 ? random() : near + random() % 3);
+        for (unsigned n = 1; n < 128; n += 1 + n % 3) {
+            const char c = static_cast<char>(n), last = static_cast<char>(n + (127 - n) / 2);
+            expectMarks<B>(
+                text, [=](B b) { return b.is(c); }, [=](unsigned x) { return x == n; });
+            expectMarks<B>(
+                text, [=](B b) { return b.isNot(c); }, [=](unsigned x) { return x != n; });
+            expectMarks<B>(
+                text, [=](B b) { return b.isBelow(n); }, [=](unsigned x) { return x < n; });
+            expectMarks<B>(
+                text, [=](B b) { return b.isAbove(n); }, [=](unsigned x) { return x > n; });
+            const auto isIn = [=](unsigned x) { return n <= x && x <= static_cast<unsigned char>(last); };
+            expectMarks<B>(
+                text, [=](B b) { return b.isBetween(c, last); }, isIn);
+            expectMarks<B>(
+                text, [=](B b) { return b.isBetween(c, last) & b.isNot(c); },
+                [=](unsigned x) { return isIn(x) && x != n; });
+        }
+        expectMarks<B>(
+            text, [](B b) { return b.withBit(' ').is('a'); }, [](unsigned x) { return (x | 32) == 'a'; });
+    }
+}
+
+TEST(Marks, FindWhatIsBetweenPlaces) {
+    using velmora::detail::Marks;
+    const Marks marks(0x80000104), none(0);
+    EXPECT_EQ(2u, marks.place());
+    EXPECT_EQ(8u, marks.others().place());
+    EXPECT_EQ(31u, marks.others().others().place());
+    EXPECT_FALSE(marks.others().others().others().any());
+    EXPECT_TRUE(Marks(4) == marks.first());
+    EXPECT_TRUE(none == none.first());
+    EXPECT_TRUE(Marks(3) == Marks(4).before());
+    EXPECT_TRUE(Marks(~3u) == Marks(4).onward());
+    EXPECT_TRUE(~none == none.before());
+    EXPECT_TRUE(none == none.onward());
+    EXPECT_TRUE(Marks(2) == Marks(4).left());
+    EXPECT_TRUE(none == Marks(0x80000000).right());
+    EXPECT_TRUE(none.lead() && Marks(7).lead() && (~none).lead());
+    EXPECT_FALSE(Marks(6).lead() || Marks(0x13).lead());
+}
+
+TEST(Marks, WhatIsInQuotesEndsBeforeTheClosingQuote) {
+    using velmora::detail::Marks;
+    EXPECT_TRUE(Marks(0x1C) == Marks(0x24).quoted(false));
+    EXPECT_TRUE(Marks(~0x1Cu) == Marks(0x24).quoted(true));
+    EXPECT_TRUE(Marks(0xFFFFFFF0) == Marks(0x10).quoted(false));
+    EXPECT_TRUE(Marks(0x10).quoted(false).last());
+    EXPECT_FALSE(Marks(0).quoted(false).last());
+    EXPECT_TRUE(Marks(0).quoted(true).last());
 }
 
 }  // namespace

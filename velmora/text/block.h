@@ -42,8 +42,8 @@ static inline T bytesAt(const char* p) {
     return bytes;
 }
 
-// A block is kSize bytes, or a set of marks in them. Of the marks of is, isNot, isBelow and isAbove only the first
-// counts, and whether there is any. The other marks are exact, may be combined by | & ^, and each of them counts.
+// A block is kSize bytes, or a set of marks in them. Marks are exact: one for each byte that is asked for. They may be
+// combined by | & ^.
 class PortableBlock {
 public:
     static constexpr int kSize = 16;
@@ -52,26 +52,26 @@ public:
     static PortableBlock load(const char* p) {
         return PortableBlock(bytesAt<std::uint64_t>(p), bytesAt<std::uint64_t>(p + 8));
     }
-
-    // Marks the bytes that are `c`, those that are not, those below `limit`, which is at most 128, and those above one
-    // of at most 127.
-    PortableBlock is(char c) const { return isNot(c).zeros(); }
-    PortableBlock isNot(char c) const {
-        const std::uint64_t all = kEveryByte * static_cast<unsigned char>(c);
-        return PortableBlock(low_ ^ all, high_ ^ all);
+    void store(void* to) const {
+        const std::uint64_t words[] = {low_, high_};
+        std::memcpy(to, words, sizeof words);
     }
-    PortableBlock isBelow(unsigned limit) const { return PortableBlock(below(low_, limit), below(high_, limit)); }
+
+    // Marks the bytes that are `c`, those that are not, those below `limit`, which is from 1 to 128, those above one of
+    // at most 127, and those from `first` to `last`, which are ASCII and not 0.
+    PortableBlock is(char c) const { return with(c).isBelow(1); }
+    PortableBlock isNot(char c) const { return with(c).isAbove(0); }
+    PortableBlock isBelow(unsigned limit) const { return isAbove(limit - 1).complement(); }
     PortableBlock isAbove(unsigned limit) const { return PortableBlock(above(low_, limit), above(high_, limit)); }
+    PortableBlock isBetween(char first, char last) const {
+        return isAbove(static_cast<unsigned char>(first) - 1u) & isBelow(static_cast<unsigned char>(last) + 1u);
+    }
     PortableBlock operator|(PortableBlock b) const { return PortableBlock(low_ | b.low_, high_ | b.high_); }
     PortableBlock operator&(PortableBlock b) const { return PortableBlock(low_ & b.low_, high_ & b.high_); }
     PortableBlock operator^(PortableBlock b) const { return PortableBlock(low_ ^ b.low_, high_ ^ b.high_); }
 
     static PortableBlock all(char c) {
         return PortableBlock(kEveryByte * static_cast<unsigned char>(c), kEveryByte * static_cast<unsigned char>(c));
-    }
-    void store(char* p) const {
-        std::memcpy(p, &low_, sizeof low_);
-        std::memcpy(p + 8, &high_, sizeof high_);
     }
     // Marks the bytes that are the same in both blocks, those from `limit` up, which is at least 128, and those of the
     // form 10xxxxxx.
@@ -132,6 +132,12 @@ public:
         return total;
     }
 
+    // The bytes with this bit set in each.
+    PortableBlock withBit(char bit) const {
+        const std::uint64_t all = kEveryByte * static_cast<unsigned char>(bit);
+        return PortableBlock(low_ | all, high_ | all);
+    }
+
     bool any() const { return (low_ | high_) != 0; }
     // Requires: any().
     int first() const { return low_ != 0 ? std::countr_zero(low_) / 8 : 8 + std::countr_zero(high_) / 8; }
@@ -144,9 +150,7 @@ private:
     std::uint64_t low_;
     std::uint64_t high_;
 
-    static std::uint64_t below(std::uint64_t bytes, unsigned limit) {
-        return (bytes - kEveryByte * limit) & ~bytes & kEveryTop;
-    }
+    // No byte's sum reaches the next byte.
     static std::uint64_t above(std::uint64_t bytes, unsigned limit) {
         return (((bytes & ~kEveryTop) + kEveryByte * (127 - limit)) | bytes) & kEveryTop;
     }
@@ -170,10 +174,15 @@ private:
         const std::uint64_t aboveLast = sevenBits + kEveryByte * (128 - from - 26);
         return bytes ^ ((atLeastFirst & ~aboveLast & ~bytes & kEveryTop) >> 2);
     }
+    // Each product of a mark and a bit of the factor is a bit of the result that no other product reaches.
     static std::uint32_t bitsOf(std::uint64_t marks) {
         return static_cast<std::uint32_t>(((marks & kEveryTop) >> 7) * 0x0102040810204080 >> 56);
     }
-    PortableBlock zeros() const { return isBelow(1); }
+    PortableBlock complement() const { return PortableBlock(low_ ^ kEveryTop, high_ ^ kEveryTop); }
+    PortableBlock with(char c) const {
+        const std::uint64_t all = kEveryByte * static_cast<unsigned char>(c);
+        return PortableBlock(low_ ^ all, high_ ^ all);
+    }
 };
 
 #ifdef VELMORA_HAS_SSE2
@@ -184,6 +193,7 @@ public:
     Sse2Block(std::uint64_t low, std::uint64_t high)
         : bytes_(_mm_set_epi64x(static_cast<long long>(high), static_cast<long long>(low))) {}
     static Sse2Block load(const char* p) { return Sse2Block(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))); }
+    void store(void* to) const { _mm_storeu_si128(static_cast<__m128i*>(to), bytes_); }
 
     Sse2Block is(char c) const { return Sse2Block(_mm_cmpeq_epi8(bytes_, _mm_set1_epi8(c))); }
     Sse2Block isNot(char c) const { return Sse2Block(_mm_xor_si128(is(c).bytes_, _mm_set1_epi8(-1))); }
@@ -195,12 +205,16 @@ public:
         const __m128i first = _mm_set1_epi8(static_cast<char>(limit + 1));
         return Sse2Block(_mm_cmpeq_epi8(_mm_max_epu8(bytes_, first), bytes_));
     }
+    // There are only signed comparisons: the range is moved to where the lowest bytes are.
+    Sse2Block isBetween(char first, char last) const {
+        const __m128i moved = _mm_add_epi8(bytes_, _mm_set1_epi8(static_cast<char>(-128 - first)));
+        return Sse2Block(_mm_cmplt_epi8(moved, _mm_set1_epi8(static_cast<char>(-127 + last - first))));
+    }
     Sse2Block operator|(Sse2Block b) const { return Sse2Block(_mm_or_si128(bytes_, b.bytes_)); }
     Sse2Block operator&(Sse2Block b) const { return Sse2Block(_mm_and_si128(bytes_, b.bytes_)); }
     Sse2Block operator^(Sse2Block b) const { return Sse2Block(_mm_xor_si128(bytes_, b.bytes_)); }
 
     static Sse2Block all(char c) { return Sse2Block(_mm_set1_epi8(c)); }
-    void store(char* p) const { _mm_storeu_si128(reinterpret_cast<__m128i*>(p), bytes_); }
     Sse2Block same(Sse2Block b) const { return Sse2Block(_mm_cmpeq_epi8(bytes_, b.bytes_)); }
     Sse2Block atLeast(unsigned limit) const {  // the top bit of each byte is its mark
         return Sse2Block(_mm_subs_epu8(bytes_, _mm_set1_epi8(static_cast<char>(limit - 128))));
@@ -269,7 +283,9 @@ public:
         return static_cast<unsigned>(_mm_cvtsi128_si32(_mm_add_epi32(two, _mm_srli_si128(two, 4))));
     }
 
-    bool any() const { return _mm_movemask_epi8(bytes_) != 0; }
+    Sse2Block withBit(char bit) const { return Sse2Block(_mm_or_si128(bytes_, _mm_set1_epi8(bit))); }
+
+    bool any() const { return bits() != 0; }
     int first() const { return std::countr_zero(bits()); }
 
 private:
