@@ -395,6 +395,44 @@ std::string inItsPlace(const MLDoc& doc, const std::string& text, int from, int 
     }
 }
 
+// Short values are copied by their ends, longer ones in stretches: none, one or two sequences at every place of each.
+TEST(MLDocConvertEscape, EveryLengthAndEveryPlace) {
+    struct Row {
+        MLDocBase::Format format;
+        const char* sequence;
+        const char* decoded;  // null when it is refused
+    };
+    const Row rows[] = {{MLDocBase::XML, "&lt;", "<"},
+                        {MLDocBase::XML, "&", nullptr},
+                        {MLDocBase::JSON, "\\\"", "\""},
+                        {MLDocBase::YAML, "\\", nullptr}};
+    for (const Row& row : rows) {
+        MLDoc doc;
+        doc.format = row.format;
+        for (std::size_t length = 0; length <= 70; ++length) {
+            std::string text;
+            for (std::size_t i = 0; i < length; ++i) text += static_cast<char>('a' + i % 26);
+            EXPECT_EQ(text, decode(doc, text));
+            for (std::size_t place = 0; place <= length; ++place) {
+                std::string value = text, wanted = text;
+                value.insert(place, row.sequence);
+                if (row.decoded) wanted.insert(place, row.decoded);
+                EXPECT_EQ(row.decoded ? wanted : kRefused, decode(doc, value));
+                std::string inPlace = value + "#";
+                int count = -1;
+                const std::string thrown = support::thrownMessage([&] {
+                    count = doc.convertEscape(ChPair(inPlace.data(), inPlace.data() + value.size()), inPlace.data());
+                });
+                EXPECT_EQ(row.decoded ? "(nothing)" : kRefused + 1, thrown);
+                if (row.decoded) {
+                    EXPECT_EQ(wanted, inPlace.substr(0, static_cast<std::size_t>(count)));
+                }
+                EXPECT_EQ('#', inPlace.back());
+            }
+        }
+    }
+}
+
 }  // namespace
 
 // The terminator of the value's length falls into the value, and a block that is replaced holds it.

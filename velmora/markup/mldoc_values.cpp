@@ -6,6 +6,7 @@
 
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldoc.h>
+#include <velmora/markup/scan.h>
 #include <velmora/serial/bag.h>
 #include <velmora/serial/ttt.h>
 #include <velmora/text/charr.h>
@@ -13,6 +14,9 @@
 #include <velmora/text/overlap.h>
 
 namespace {
+
+using velmora::detail::Block;
+using velmora::detail::copyUnless;
 
 [[noreturn]] void refuseEscape() { throw TTT(VELMORA_DICT, LCA__Unsupported_escape_sequence); }
 
@@ -60,9 +64,24 @@ char readBackslash(const char*& p, const char* end) {
     }
 }
 
+// Copies a short value without a mark, as most are, by its two ends, which may overlap. Both are read before they are
+// stored: a value may be decoded in its own place. Returns: false for any other; what `out` holds is as it was.
+bool copyShort(char* out, const ChPair& value, char mark) {
+    const std::ptrdiff_t n = value.end - value.begin;
+    const auto isMark = [=](Block b) { return b.is(mark); };
+    if (n < Block::kSize) return copyUnless(out, value.begin, static_cast<int>(n), isMark);
+    if (n > 2 * Block::kSize) return false;
+    const Block low = Block::load(value.begin), high = Block::load(value.end - Block::kSize);
+    if ((isMark(low) | isMark(high)).any()) return false;
+    low.store(out);
+    high.store(out + n - Block::kSize);
+    return true;
+}
+
 // Copies what needs no decoding in stretches; `mark` begins every sequence that does.
 template <class Read>
 int decode(const ChPair& value, char* out, char mark, Read read) {
+    if (value.begin < value.end && copyShort(out, value, mark)) return static_cast<int>(value.end - value.begin);
     char* o = out;
     const char* p = value.begin;
     while (p < value.end) {
