@@ -37,8 +37,13 @@
 
 class Bag;
 class CharVector;
+class MLDoc;
 class TTT;
 struct PairTag;
+
+namespace velmora::detail {
+void willBlank(const MLDoc& doc, const char* c);
+}  // namespace velmora::detail
 
 class VELMORA_API MLDocBase {
 public:
@@ -252,21 +257,9 @@ public:
 
 private:
     struct Place;
+    friend void velmora::detail::willBlank(const MLDoc& doc, const char* c);
 
     void readDeclaration(const char* name);
-    void willBlank(const char* c);
-
-    class JsonCursor;
-    int previousJsonKind() const;
-    int passJsonMember(JsonCursor& cursor, const Token& token, const ChPair& key);
-    void openJsonToken(Token& token, int previous);
-    void closeJsonToken(Token& token, int previous);
-    bool deliverJsonToken(const JsonCursor& cursor, Token& token, bool opening);
-
-    int yamlLineLevel() const;
-    bool yamlLineIsAttributeOf(const Token& token) const;
-    void deliverYamlRoot(Token& token);
-    bool judgeYamlLine(Token& token);
 };
 
 // Does nothing: the table of character classes for XML is a constant.

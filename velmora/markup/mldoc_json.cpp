@@ -4,15 +4,24 @@
 //
 // At rest `openNames` holds token.level entries, or one more while a list is open and none of its items is. Entry i
 // names a token that opens at level i + 1; entry 0 is the root's empty name.
+//
+// Common members are taken by a look at the window of bytes ahead; see window.h.
 #include <algorithm>
 #include <array>
 
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldoc.h>
+#include <velmora/markup/plain.h>
 #include <velmora/markup/scan.h>
+#include <velmora/markup/window.h>
 #include <velmora/serial/ttt.h>
 
 namespace {
+
+using velmora::detail::Block;
+using velmora::detail::findEither;
+using velmora::detail::Marks;
+using velmora::detail::Window;
 
 // Kinds of lexical tokens; the others are the bytes , : [ ] { } themselves.
 constexpr int kEnd = 0;
@@ -38,6 +47,15 @@ Class classOf(char c) { return classes[static_cast<unsigned char>(c)]; }
 
 bool isStructure(char c) { return classOf(c) == kStructure; }
 
+Block isStop(Block b) { return b.is('"') | b.is('\\'); }
+Block isBlack(Block b) { return b.isAbove(' '); }
+
+// Where a member may begin in a window that has an indent before it.
+constexpr Marks kNear((1u << 14) - 1);
+
+// Where a key may end in a window: behind it a colon, a blank and the value's first byte are still in it.
+constexpr Marks kKeyEnds(~0u >> 3);
+
 // Every byte up to the blank is white. Most often there is none, or one, or a line end and an indent.
 const char* passWhite(const char* p, const char* end) {
     if (p == end || classOf(*p) != kWhite) return p;
@@ -50,11 +68,9 @@ bool oneOf(int kind, Kinds... kinds) {
     return ((kind == kinds) || ...);
 }
 
-}  // namespace
-
 // The rest of the buffer, and the place in it, which becomes the document's position when the cursor goes, by whichever
 // door.
-class MLDoc::JsonCursor {
+class JsonCursor {
 public:
     explicit JsonCursor(MLDoc& doc)
         : doc_(doc), p_(doc.buffer + std::min(doc.position, doc.length)), end_(doc.buffer + doc.length) {}
@@ -90,6 +106,61 @@ public:
         }
     }
 
+    // Takes the common member: white space, a key, ':' with a blank or none, and a string, a word or the bracket that
+    // opens a list; without a backslash. Returns: the kind of its value; kEnd for any other, of which nothing is taken.
+    int takeMember(ChPair& key, ChPair& value) {
+        const char* p = p_;
+        if (!Window::fits(p, end_)) return kEnd;
+        Window window(p);
+        const Marks black = window.marks(isBlack).first();
+        Marks opening = black;
+        if (!(black & kNear).any()) {
+            // The member gets a window without its indent.
+            p = black.any() ? p + black.place() : velmora::detail::passBlanks(p + Window::kSize, end_);
+            if (!Window::fits(p, end_)) return kEnd;
+            window = Window(p);
+            opening = Marks::atBegin();
+        }
+        const Marks stops = window.marks(isStop) & opening.onward();
+        const Marks closing = stops.others().first() & kKeyEnds;
+        if (!closing.any()) return kEnd;
+        const char* const open = p + opening.place();
+        const char* const close = p + closing.place();
+        if (*open != '"' || close[0] != '"' || close[1] != ':') return kEnd;
+        const char* begin = close + 2;
+        if (*begin == ' ') ++begin;
+        const char* end = begin;
+        int kind = kWord;
+        if (*begin == '"') {
+            kind = kQuoted;
+            ++begin;
+            const Marks ends = stops.others().others().others();
+            end = ends.any() ? p + ends.place() : findEither(p + Window::kSize, end_, '"', '\\');
+            if (end == end_ || *end != '"') return kEnd;
+            p_ = end + 1;
+        } else if (*begin == '[') {
+            kind = '[';
+            p_ = begin + 1;
+        } else {
+            while (end != end_ && classOf(*end) == kOther) ++end;
+            if (end == begin || (end != end_ && classOf(*end) == kHigh)) return kEnd;
+            p_ = end;
+        }
+        key.assign(open + 1, close);
+        value.assign(begin, end);
+        return kind;
+    }
+
+    // The same with the comma before it, if the token before lets both come here.
+    int takeMemberBehind(int previous, ChPair& key, ChPair& value) {
+        const char* const before = p_;
+        const bool passed = pass(',');
+        const bool allowed = passed ? oneOf(previous, ']', '}', kWord, kQuoted) : oneOf(previous, '{', ',');
+        const int kind = allowed ? takeMember(key, value) : kEnd;
+        if (kind == kEnd) p_ = before;
+        return kind;
+    }
+
 private:
     MLDoc& doc_;
     const char* p_;
@@ -99,7 +170,7 @@ private:
     void readString(ChPair& text) {
         text.begin = const_cast<char*>(p_);
         for (;; ++p_) {
-            p_ = velmora::detail::findEither(p_, end_, '"', '\\');
+            p_ = findEither(p_, end_, '"', '\\');
             if (p_ == end_) fail(LCA__Closing_quote_is_missed);
             if (*p_ == '"') break;
             if (++p_ == end_) fail(LCA__Unsupported_escape_sequence);
@@ -119,64 +190,22 @@ private:
     }
 };
 
-int MLDoc::get_json_token(ChPair& text) {
-    if (position >= length) return kEnd;
-    return JsonCursor(*this).next(text);
-}
-
-// What the byte before the cursor says of the token before: all that is not structure reads as a word.
-int MLDoc::previousJsonKind() const {
-    if (position == 0) return kEnd;
-    char c = buffer[position - 1];
-    return isStructure(c) && c != ':' ? c : kWord;
-}
-
-bool MLDoc::step_json(Token& token) {
-    if (position >= length) return false;
-    int previous = previousJsonKind();
-    JsonCursor cursor(*this);
-    ChPair text;
-    for (int kind; (kind = cursor.next(text)) != kEnd; previous = kind) {
-        switch (kind) {
-            case ',':
-                if (!oneOf(previous, ']', '}', kWord, kQuoted)) fail(LCA__Unexpected);
-                break;
-            case ']':
-                if (!oneOf(previous, '}', '[', ',')) fail(LCA__Unexpected__2);
-                if (token.level + 1 != openNames.count || token.level < 0) fail(LCA__Bad_nesting);
-                openNames.cutTo(token.level);
-                break;
-            case kQuoted:
-                if (!oneOf(previous, '{', ',')) fail(LCA__Unexpected_string);
-                kind = passJsonMember(cursor, token, text);
-                break;
-            case '{':
-                openJsonToken(token, previous);
-                return deliverJsonToken(cursor, token, true);
-            case '}':
-                closeJsonToken(token, previous);
-                return deliverJsonToken(cursor, token, false);
-            default:
-                fail(LCA__Unexpected_JSON_item);
-        }
-    }
-    if (token.level != 0 || openNames.count != 1 || previous != '}') fail(LCA__Bad_nesting);
-    openNames.removeAll();
-    return false;
+void openList(MLDoc& doc, const MLDoc::Token& token, const ChPair& key) {
+    if (token.level != doc.openNames.count) fail(LCA__Bad_nesting);
+    doc.openNames.append(key);
 }
 
 // Behind a key. Returns: the kind that the next token sees as the one before it.
-int MLDoc::passJsonMember(JsonCursor& cursor, const Token& token, const ChPair& key) {
+int passMember(MLDoc& doc, JsonCursor& cursor, const MLDoc::Token& token, const ChPair& key) {
     ChPair text;
     if (cursor.next(text) != ':') fail(LCA__Expected__0);
     const char* behindColon = cursor.here();
     int kind = cursor.next(text);
     if (kind == '[') {
-        if (token.level != openNames.count) fail(LCA__Bad_nesting);
-        openNames.append(key);
-    } else if (kind == '{' && token.level == 1 && openNames.count == 1) {
+        openList(doc, token, key);
+    } else if (kind == '{' && token.level == 1 && doc.openNames.count == 1) {
         cursor.moveTo(behindColon);  // the brace is read again, as the child's own
-        openNames.append(key);
+        doc.openNames.append(key);
         kind = kWord;
     } else if (kind != kQuoted && kind != kWord) {
         fail(LCA__Expected_string);
@@ -184,69 +213,143 @@ int MLDoc::passJsonMember(JsonCursor& cursor, const Token& token, const ChPair& 
     return kind;
 }
 
-void MLDoc::openJsonToken(Token& token, int previous) {
-    bool member = previous == kWord && openNames.count == 2;
+void openToken(const MLDoc& doc, MLDoc::Token& token, int previous) {
+    bool member = previous == kWord && doc.openNames.count == 2;
     if (!oneOf(previous, kEnd, '[', ',') && !member) fail(LCA__Unexpected__1);
-    if (token.level + 1 != openNames.count || token.level < 0) fail(LCA__Bad_nesting);
-    token.name = openNames[token.level++];
+    if (token.level + 1 != doc.openNames.count || token.level < 0) fail(LCA__Bad_nesting);
+    token.name = doc.openNames[token.level++];
 }
 
-void MLDoc::closeJsonToken(Token& token, int previous) {
+void closeToken(MLDoc& doc, MLDoc::Token& token, int previous) {
     if (token.level == 1 && previous == '}') {
         // The root closes right behind an object member, whose name goes only here.
-        if (openNames.count != 2) fail(LCA__Unexpected__0);
-        openNames.cutTo(1);
+        if (doc.openNames.count != 2) fail(LCA__Unexpected__0);
+        doc.openNames.cutTo(1);
     } else if (!oneOf(previous, ']', kQuoted, kWord, '{', ',')) {
         fail(LCA__Unexpected__0);
     }
-    if (token.level != openNames.count || token.level < 1) fail(LCA__Bad_nesting);
-    token.name = openNames[--token.level];
+    if (token.level != doc.openNames.count || token.level < 1) fail(LCA__Bad_nesting);
+    token.name = doc.openNames[--token.level];
 }
 
-bool MLDoc::deliverJsonToken(const JsonCursor& cursor, Token& token, bool opening) {
-    token.body.assign(cursor.here(), buffer + length);
+bool deliverToken(const MLDoc& doc, const JsonCursor& cursor, MLDoc::Token& token, bool opening) {
+    token.body.assign(cursor.here(), doc.buffer + doc.length);
     token.kind = 0;
     token.opening = opening;
     token.closing = !opening;
     return true;
 }
 
-bool MLDoc::attribute_json(const Token& token, Attribute& attribute) {
-    JsonCursor cursor(*this);
-    ChPair text;
-    const bool passed = cursor.pass(',');
-    int kind = cursor.next(text);
-    if (!passed && kind == ',') kind = cursor.next(text);
-    switch (kind) {
-        case kQuoted:
-            break;
-        case '}':
-            cursor.moveTo(cursor.here() - 1);
-            return false;
-        case '[':
-        case ']':
-        case '{':
-            fail(LCA__Bad_nesting);
-        default:
-            fail(LCA__Unexpected_JSON_item);
+// What the byte before the cursor says of the token before: all that is not structure reads as a word.
+int previousKind(const MLDoc& doc) {
+    if (doc.position == 0) return kEnd;
+    char c = doc.buffer[doc.position - 1];
+    return isStructure(c) && c != ':' ? c : kWord;
+}
+
+template <bool kByWindows>
+bool stepJson(MLDoc& doc, MLDoc::Token& token) {
+    if (doc.position >= doc.length) return false;
+    int previous = previousKind(doc);
+    JsonCursor cursor(doc);
+    ChPair key, text;
+    for (int kind;; previous = kind) {
+        if (kByWindows) {
+            kind = cursor.takeMemberBehind(previous, key, text);
+            if (kind == '[') openList(doc, token, key);
+            if (kind != kEnd) continue;
+        }
+        kind = cursor.next(text);
+        if (kind == kEnd) break;
+        switch (kind) {
+            case ',':
+                if (!oneOf(previous, ']', '}', kWord, kQuoted)) fail(LCA__Unexpected);
+                break;
+            case ']':
+                if (!oneOf(previous, '}', '[', ',')) fail(LCA__Unexpected__2);
+                if (token.level + 1 != doc.openNames.count || token.level < 0) fail(LCA__Bad_nesting);
+                doc.openNames.cutTo(token.level);
+                break;
+            case kQuoted:
+                if (!oneOf(previous, '{', ',')) fail(LCA__Unexpected_string);
+                kind = passMember(doc, cursor, token, text);
+                break;
+            case '{':
+                openToken(doc, token, previous);
+                return deliverToken(doc, cursor, token, true);
+            case '}':
+                closeToken(doc, token, previous);
+                return deliverToken(doc, cursor, token, false);
+            default:
+                fail(LCA__Unexpected_JSON_item);
+        }
     }
-    ChPair key = text;
-    if (!cursor.pass(':') && cursor.next(text) != ':') fail(LCA__Expected__0);
-    const char* behindColon = cursor.here();
-    kind = cursor.next(text);
+    if (token.level != 0 || doc.openNames.count != 1 || previous != '}') fail(LCA__Bad_nesting);
+    doc.openNames.removeAll();
+    return false;
+}
+
+template <bool kByWindows>
+bool attributeJson(MLDoc& doc, const MLDoc::Token& token, MLDoc::Attribute& attribute) {
+    JsonCursor cursor(doc);
+    ChPair key, text;
+    const char* behindColon = nullptr;
+    const bool passed = cursor.pass(',');
+    int kind = kByWindows ? cursor.takeMember(key, text) : kEnd;
+    if (kind == kEnd) {
+        kind = cursor.next(key);
+        if (!passed && kind == ',') kind = cursor.next(key);
+        switch (kind) {
+            case kQuoted:
+                break;
+            case '}':
+                cursor.moveTo(cursor.here() - 1);
+                return false;
+            case '[':
+            case ']':
+            case '{':
+                fail(LCA__Bad_nesting);
+            default:
+                fail(LCA__Unexpected_JSON_item);
+        }
+        if (!cursor.pass(':') && cursor.next(text) != ':') fail(LCA__Expected__0);
+        behindColon = cursor.here();
+        kind = cursor.next(text);
+    }
     if (kind == kQuoted || kind == kWord) {
         attribute.name = key;
         attribute.value = text;
         return true;
     }
-    bool member = kind == '{' && openNames.count == 1;
+    bool member = kind == '{' && doc.openNames.count == 1;
     if (member) {
         cursor.moveTo(behindColon);
     } else if (kind != '[') {
         fail(LCA__Expected_string);
     }
     // Attributes end at the first list; stepping goes on inside it.
-    if (token.level != openNames.count) fail(LCA__Bad_nesting);
-    openNames.append(key);
+    openList(doc, token, key);
     return false;
 }
+
+}  // namespace
+
+int MLDoc::get_json_token(ChPair& text) {
+    if (position >= length) return kEnd;
+    return JsonCursor(*this).next(text);
+}
+
+bool MLDoc::step_json(Token& token) { return stepJson<true>(*this, token); }
+
+bool MLDoc::attribute_json(const Token& token, Attribute& attribute) {
+    return attributeJson<true>(*this, token, attribute);
+}
+
+namespace velmora::detail {
+
+bool plainStepJson(MLDoc& doc, MLDoc::Token& token) { return stepJson<false>(doc, token); }
+bool plainAttributeJson(MLDoc& doc, const MLDoc::Token& token, MLDoc::Attribute& attribute) {
+    return attributeJson<false>(doc, token, attribute);
+}
+
+}  // namespace velmora::detail

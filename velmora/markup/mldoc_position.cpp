@@ -86,6 +86,6 @@ void MLDoc::getPosition(int& line, int& column) const {
 }
 
 // A byte is about to become a blank. One that ends a line, or has no column or several, was counted otherwise.
-void MLDoc::willBlank(const char* c) {
-    if (c < buffer + cachedOffset && (*c == '\n' || *c == '\r' || *c == '\t')) countedMemo_ = 0;
+void velmora::detail::willBlank(const MLDoc& doc, const char* c) {
+    if (c < doc.buffer + doc.cachedOffset && (*c == '\n' || *c == '\r' || *c == '\t')) doc.countedMemo_ = 0;
 }

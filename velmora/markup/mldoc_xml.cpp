@@ -2,16 +2,27 @@
 // is kept between two calls but `position` and what stands in the caller's token.
 //
 // A failure leaves `position` behind the byte that was looked at last, and in the token what had been filled in.
+//
+// Common tags and attributes are taken by a look at the window of bytes ahead; see window.h.
 #include <algorithm>
 #include <array>
 #include <cstring>
 
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldoc.h>
+#include <velmora/markup/plain.h>
 #include <velmora/markup/scan.h>
+#include <velmora/markup/window.h>
 #include <velmora/serial/ttt.h>
 
 namespace {
+
+using velmora::detail::Block;
+using velmora::detail::Marks;
+using velmora::detail::plainAttributeXml;
+using velmora::detail::plainStepXml;
+using velmora::detail::scanUntil;
+using velmora::detail::Window;
 
 // Classes of bytes.
 constexpr char kBad = 0;
@@ -31,6 +42,17 @@ constexpr std::array<char, 256> makeClasses() {
 constexpr std::array<char, 256> classes = makeClasses();
 
 inline char classOf(char c) { return classes[static_cast<unsigned char>(c)]; }
+
+// The same for many bytes.
+Block isName(Block b) {
+    return b.withBit('a' ^ 'A').isBetween('a', 'z') | b.isBetween('0', ':') | b.isBetween('-', '.') | b.is('_');
+}
+Block isWhite(Block b) { return b.is(' ') | b.is('\t') | b.is('\n') | b.is('\r'); }
+Block isQuote(Block b) { return b.is('"'); }
+Block isTagBegin(Block b) { return b.is('<'); }
+Block isTagEnd(Block b) { return b.is('>'); }
+Block isSlash(Block b) { return b.is('/'); }
+Block isControl(Block b) { return b.isBelow(0x20); }
 
 [[noreturn]] void fail(int key) { throw TTT(VELMORA_DICT, key); }
 
@@ -166,14 +188,136 @@ void trimLineEnds(ChPair& value) {
     while (value.begin != value.end && isLineEnd(value.end[-1])) --value.end;
 }
 
+// ---- by windows ----
+
+// The place behind the '>' that ends a tag of which `p` is the first window, and `from` marks what is of it there.
+const char* findTagEnd(const char* p, const char* bufferEnd, Marks from) {
+    bool open = false;
+    for (;;) {
+        const Window window(p);
+        const Marks quotes = window.marks(isQuote) & from;
+        const Marks hidden = quotes.quoted(open);
+        const Marks ends = window.marks(isTagEnd) & from & ~hidden;
+        if (ends.any()) return p + ends.place() + 1;
+        open = hidden.last();
+        p += Window::kSize;
+        if (open && !quotes.any()) {
+            // The value is long: nothing counts before its quote.
+            const void* quote = std::memchr(p, '"', static_cast<std::size_t>(bufferEnd - p));
+            if (!quote) return nullptr;
+            p = static_cast<const char*>(quote);
+        }
+        if (!Window::fits(p, bufferEnd)) return nullptr;
+        from = Marks::all();
+    }
+}
+
+// Where a tag may begin in a window that has white space before it.
+constexpr Marks kNear((1u << 16) - 1);
+
+// Takes the common tag: with a name, and without a failure.
+bool takeTag(MLDoc& doc, MLDoc::Token& token) {
+    const char* const bufferEnd = doc.buffer + doc.length;
+    const char* p = doc.buffer + doc.position;
+    if (doc.position > doc.length || !Window::fits(p, bufferEnd)) return false;
+    Window window(p);
+    Marks begin = window.marks(isTagBegin).first();
+    if (!(begin & kNear).any()) {
+        // The tag gets a window without what is before it.
+        const void* tag = std::memchr(p, '<', static_cast<std::size_t>(bufferEnd - p));
+        p = tag ? static_cast<const char*>(tag) : bufferEnd;
+        if (!Window::fits(p, bufferEnd)) return false;
+        window = Window(p);
+        begin = Marks::atBegin();
+    }
+    const char* const body = p + begin.place();
+    Marks name = begin.right();
+    const bool ends = (window.marks(isSlash) & name).any();
+    if (ends) name = name.right();
+    const Marks nameEnd = (~window.marks(isName) & name.onward()).first();
+    if (!name.any() || nameEnd == name || !nameEnd.any()) return false;
+    const char c = p[nameEnd.place()];
+    if (c != '>' && c != '/' && classOf(c) != kWhite) return false;
+    const char* const end = findTagEnd(p, bufferEnd, begin.onward());
+    if (!end) return false;
+    token.name.assign(p + name.place(), p + nameEnd.place());
+    token.body.assign(body, end);
+    token.kind = 0;
+    token.opening = !ends;
+    token.closing = ends || end[-2] == '/';
+    token.level += ends ? -1 : !token.closing;
+    doc.position = static_cast<std::uint32_t>(end - doc.buffer);
+    return true;
+}
+
+// The quote that ends a value, or a control byte.
+Block isValueEnd(Block b) { return isQuote(b) | isControl(b); }
+
+// Takes the common attribute: white space, a name, '="', and a value without control bytes. Most often the value begins
+// in the first half of the window.
+template <bool kFar>
+bool takeAttributeAt(const char* p, const char* e, MLDoc& doc, MLDoc::Attribute& attribute) {
+    const Window window(p);
+    const auto marks = [&](auto where) { return kFar ? window.marks(where) : window.firstHalf(where); };
+    const Marks opening = marks(isQuote).first();
+    if (!opening.any()) return !kFar && takeAttributeAt<true>(p, e, doc, attribute);
+    const char* const value = p + opening.place() + 1;
+    const char* end = p + Window::kSize;
+    const Marks ends = window.marks(isValueEnd) & opening.right().onward();
+    if (ends.any()) {
+        end = p + ends.place();
+    } else {
+        if (end >= e) return false;
+        // A block may go beyond the tag, but not beyond the buffer.
+        const char* limit = doc.buffer + doc.length;
+        if (limit - e > Block::kSize) limit = e + Block::kSize;
+        end = scanUntil(end, limit, isValueEnd, [](char) { return true; });
+    }
+    if (end >= e || *end != '"') return false;
+    const Marks head = opening.left().before();
+    const Marks white = marks(isWhite) & head;
+    const Marks name = marks(isName) & head;
+    if (!name.any() || !((white | name) == head) || !white.lead()) return false;
+    const char* const nameBegin = p + name.place();
+    if (*nameBegin == '-' || value[-2] != '=') return false;
+    attribute.name.assign(nameBegin, value - 2);
+    attribute.value.assign(value, end);
+    doc.position = static_cast<std::uint32_t>(end + 1 - doc.buffer);
+    return true;
+}
+
+bool takeAttribute(MLDoc& doc, const MLDoc::Token& token, MLDoc::Attribute& attribute) {
+    const char* const b = token.body.begin;
+    const char* const e = token.body.end;
+    const char* const bufferEnd = doc.buffer + doc.length;
+    const char* p = doc.buffer + doc.position;
+    if (!(b < p && p < e)) {
+        // The first one comes behind the tag's name.
+        if (!(b < e) || b < doc.buffer || !Window::fits(b, bufferEnd)) return false;
+        const Marks ends = Window(b).marks([](Block x) { return isWhite(x) | isTagEnd(x); });
+        if (!ends.any()) return false;
+        p = b + ends.place();
+    }
+    if (e > bufferEnd || !Window::fits(p, bufferEnd)) return false;
+    return takeAttributeAt<false>(p, e, doc, attribute);
+}
+
 }  // namespace
 
 // The table is a constant, so that documents of different threads are independent from the first on.
 void xml_char_classes_prepare() {}
 
-bool MLDoc::step_xml(Token& token) {
-    if (position >= length) return false;
-    Scan scan(*this, buffer + position, buffer + length);
+bool MLDoc::step_xml(Token& token) { return takeTag(*this, token) || plainStepXml(*this, token); }
+
+bool MLDoc::attribute_xml(const Token& token, Attribute& attribute) {
+    return takeAttribute(*this, token, attribute) || plainAttributeXml(*this, token, attribute);
+}
+
+namespace velmora::detail {
+
+bool plainStepXml(MLDoc& doc, MLDoc::Token& token) {
+    if (doc.position >= doc.length) return false;
+    Scan scan(doc, doc.buffer + doc.position, doc.buffer + doc.length);
     const void* tag = std::memchr(scan.p, '<', scan.rest());
     if (!tag) return scan.toEnd();
     scan.p = static_cast<const char*>(tag) + 1;
@@ -208,25 +352,27 @@ bool MLDoc::step_xml(Token& token) {
     return true;
 }
 
-bool MLDoc::attribute_xml(const Token& token, Attribute& attribute) {
+bool plainAttributeXml(MLDoc& doc, const MLDoc::Token& token, MLDoc::Attribute& attribute) {
     const char* b = token.body.begin;
     const char* e = token.body.end;
-    const char* here = buffer + position;
+    const char* here = doc.buffer + doc.position;
     bool first = !(b < here && here < e);
     if (first && !(b < e)) fail(LCA__Unexpected_end_of_token);
     {
-        Scan scan(*this, first ? b : here, e);
+        Scan scan(doc, first ? b : here, e);
         if (!scanAttribute(scan, first, attribute)) return false;
     }
     trimLineEnds(attribute.value);
     bool warned = false;
     for (char* c = attribute.value.begin;; ++c) {
-        c = const_cast<char*>(velmora::detail::findControl(c, attribute.value.end));
+        c = const_cast<char*>(findControl(c, attribute.value.end));
         if (c == attribute.value.end) break;
-        if (!warned) warnSuspiciousAttribute(&token, &attribute);
+        if (!warned) doc.warnSuspiciousAttribute(&token, &attribute);
         warned = true;
-        willBlank(c);
+        willBlank(doc, c);
         *c = ' ';
     }
     return true;
 }
+
+}  // namespace velmora::detail

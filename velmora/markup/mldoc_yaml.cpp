@@ -8,14 +8,22 @@
 //     3  attributes are being read, no line is pending
 //
 // `openNames` holds the root's empty name and one per open list; entry i names a token at level i + 1.
+//
+// Common lines are taken by a look at the window of bytes ahead; see window.h.
 #include <cstring>
 
 #include <velmora/localization/keys.h>
 #include <velmora/markup/mldoc.h>
+#include <velmora/markup/plain.h>
 #include <velmora/markup/scan.h>
+#include <velmora/markup/window.h>
 #include <velmora/serial/ttt.h>
 
 namespace {
+
+using velmora::detail::Block;
+using velmora::detail::Marks;
+using velmora::detail::Window;
 
 enum State { kStart = 0, kPending = 1, kOpened = 2, kReading = 3, kClosed = 4, kEnding = 6, kFinished = 7 };
 
@@ -100,15 +108,14 @@ void findSingleQuote(Line& line) {
     while (line.rest() > 2 && line.peek(2) == '\'') line.pass(2);
 }
 
+Block isPlainStop(Block b) { return b.is(':') | b.is('\r') | b.is('\n'); }
+
 // A plain value ends with its line, or at a colon that would make it a key.
-void findPlainEnd(Line& line) {
-    using namespace velmora::detail;
-    for (;; line.pass()) {
-        line.moveTo(scanUntil(
-            line.here(), line.bufferEnd(), [](Block b) { return b.is(':') | b.is('\r') | b.is('\n'); },
-            [](char c) { return c == ':' || isLineEnd(c); }));
-        if (line.atEnd() || line.peek() != ':') return;
-        if (line.rest() > 1 && static_cast<unsigned char>(line.peek(1)) <= ' ') return;
+const char* findPlainEnd(const char* p, const char* end) {
+    for (;; ++p) {
+        p = velmora::detail::scanUntil(p, end, isPlainStop, [](char c) { return c == ':' || isLineEnd(c); });
+        if (p == end || *p != ':') return p;
+        if (end - p > 1 && static_cast<unsigned char>(p[1]) <= ' ') return p;
     }
 }
 
@@ -124,7 +131,7 @@ void readValue(Line& line, char& kind, ChPair& value) {
     value.begin = line.here();
     if (kind == kDoubleQuoted) findDoubleQuote(line);
     if (kind == kSingleQuoted) findSingleQuote(line);
-    if (kind == kPlain) findPlainEnd(line);
+    if (kind == kPlain) line.moveTo(findPlainEnd(line.here(), line.bufferEnd()));
     value.end = line.here();
     if (quoted) line.pass();
 }
@@ -173,105 +180,207 @@ bool passIndent(Line& line, ChPair& lineStart, int& indent) {
     }
 }
 
-}  // namespace
-
-bool MLDoc::get_yaml_line() {
-    if (position >= length) return false;
-    Line line(*this);
+bool readLine(MLDoc& doc) {
+    if (doc.position >= doc.length) return false;
+    Line line(doc);
     int indent;
-    if (!passIndent(line, yamlRest, indent)) return false;
-    yamlItem = line.peek() == '-' && line.rest() > 1 && line.peek(1) == ' ';
-    if (yamlItem) {
+    if (!passIndent(line, doc.yamlRest, indent)) return false;
+    doc.yamlItem = line.peek() == '-' && line.rest() > 1 && line.peek(1) == ' ';
+    if (doc.yamlItem) {
         indent += kDashIndent;
         line.pass(2);
         line.need(LCA__Expected_attribute_name);
     }
-    yamlLevel = 0;
+    doc.yamlLevel = 0;
     if (indent != 0) {
-        if (yamlIndentUnit == 0) yamlIndentUnit = indent;  // the first indented line fixes the unit
-        yamlLevel = indent / yamlIndentUnit;
-        if (indent % yamlIndentUnit != 0) {
-            if (yamlItem) fail(LCA__Invalid_indent);
+        if (doc.yamlIndentUnit == 0) doc.yamlIndentUnit = indent;  // the first indented line fixes the unit
+        doc.yamlLevel = indent / doc.yamlIndentUnit;
+        if (indent % doc.yamlIndentUnit != 0) {
+            if (doc.yamlItem) fail(LCA__Invalid_indent);
             line.refuse(LCA__Invalid_indent);
         }
     }
-    readKey(line, yamlName);
+    readKey(line, doc.yamlName);
     passColon(line);
-    readValue(line, yamlValueKind, yamlValue);
+    readValue(line, doc.yamlValueKind, doc.yamlValue);
     passLineEnd(line);
-    yamlRest.assign(line.here(), line.bufferEnd());
+    doc.yamlRest.assign(line.here(), line.bufferEnd());
     return true;
 }
 
-// The level that a token of the pending line would have.
-int MLDoc::yamlLineLevel() const { return yamlLevel + 1; }
+// Where a line may begin in a window that has an indent before it, and where its key may end: the two bytes after it
+// are still in the window.
+constexpr Marks kNear((1u << 14) - 1);
+constexpr Marks kKeyEnds(~0u >> 2);
 
-bool MLDoc::yamlLineIsAttributeOf(const Token& token) const {
-    return !yamlItem && yamlLineLevel() == token.level && yamlValueKind != kNoValue;
+// Stores a view at once, as it is copied at once soon after: a copy would have to wait for two stores.
+void set(ChPair& view, const char* begin, const char* end) {
+    static_assert(sizeof view == Block::kSize && sizeof begin == 8);
+    Block(reinterpret_cast<std::uintptr_t>(begin), reinterpret_cast<std::uintptr_t>(end)).store(&view);
 }
 
-bool MLDoc::step_yaml(Token& token) {
-    switch (yamlState) {
+// Takes the common line: blanks, a dash or none, a key, ':', and a blank and a plain value or nothing.
+bool takeLine(MLDoc& doc) {
+    const char* const bufferEnd = doc.buffer + doc.length;
+    const char* const start = doc.buffer + doc.position;
+    const char* p = start;
+    if (doc.position > doc.length || !Window::fits(p, bufferEnd)) return false;
+    Window window(p);
+    Marks begin = (~window.marks([](Block b) { return b.is(' '); })).first();
+    if (!(begin & kNear).any()) {
+        // The line gets a window without its indent.
+        p = begin.any() ? p + begin.place() : velmora::detail::passRun(p + Window::kSize, bufferEnd, ' ');
+        if (!Window::fits(p, bufferEnd)) return false;
+        window = Window(p);
+        begin = Marks::atBegin();
+    }
+    const char* name = p + begin.place();
+    auto indent = static_cast<int>(name - start);
+    const bool item = name[0] == '-' && name[1] == ' ';
+    if (item) {
+        name += kDashIndent;
+        indent += kDashIndent;
+        begin = begin.right().right();
+    }
+    if (indent != 0 && doc.yamlIndentUnit <= 0) return false;
+    const int level = indent == 0 ? 0 : indent / doc.yamlIndentUnit;
+    if (level * doc.yamlIndentUnit != indent) return false;
+    const Marks stops = window.marks([](Block b) { return isPlainStop(b) | b.is(' ') | b.is('\t'); });
+    const Marks colon = (stops & begin.onward()).first();
+    if (!(colon & kKeyEnds).any() || colon == begin || *name == '"' || *name == '\'') return false;
+    const char* const nameEnd = p + colon.place();
+    if (*nameEnd != ':') return false;
+
+    const char* value = nameEnd + 1;
+    const char* end = value;
+    char kind = kNoValue;
+    if (*value == ' ') {
+        ++value;
+        if (!mayBeginPlain(*value)) return false;
+        kind = kPlain;
+        const Marks ends = window.marks(isPlainStop) & colon.right().onward();
+        end = ends.any() ? p + ends.place() : p + Window::kSize;
+        if (!ends.any() || *end == ':') end = findPlainEnd(end, bufferEnd);
+    }
+    const char* next = end;
+    if (next != bufferEnd && *next == '\r') ++next;
+    if (next == bufferEnd || *next != '\n') return false;
+    ++next;
+    doc.yamlItem = item;
+    doc.yamlLevel = level;
+    set(doc.yamlName, name, nameEnd);
+    doc.yamlValueKind = kind;
+    set(doc.yamlValue, value, end);
+    set(doc.yamlRest, next, bufferEnd);
+    doc.position = static_cast<std::uint32_t>(next - doc.buffer);
+    return true;
+}
+
+template <bool kByWindows>
+bool nextLine(MLDoc& doc) {
+    return (kByWindows && takeLine(doc)) || readLine(doc);
+}
+
+// The level that a token of the pending line would have.
+int lineLevel(const MLDoc& doc) { return doc.yamlLevel + 1; }
+
+bool isAttributeOf(const MLDoc& doc, const MLDoc::Token& token) {
+    return !doc.yamlItem && lineLevel(doc) == token.level && doc.yamlValueKind != kNoValue;
+}
+
+void deliverRoot(MLDoc& doc, MLDoc::Token& token) {
+    char* here = doc.buffer + doc.position;
+    token.name.assign(here, here);
+    token.body.assign(here, doc.buffer + doc.length);
+    token.opening = true;
+    token.closing = false;
+    token.kind = 0;
+    token.level = 1;
+    doc.yamlState = kReading;
+    doc.openNames.append(ChPair());
+}
+
+// What the pending line means for the token. Always delivers one.
+template <bool kByWindows>
+bool judgeLine(MLDoc& doc, MLDoc::Token& token) {
+    const int level = lineLevel(doc);
+    if (level < token.level) {
+        // One line can close several levels, one step at a time.
+        if (!doc.yamlItem && doc.yamlValueKind != kNoValue) fail(LCA__Normal_attributes_does_not);
+        doc.step_yaml_close_token(token);
+        doc.openNames.cutTo(token.level);
+        doc.yamlState = kClosed;
+        return true;
+    }
+    if (level > token.level) {
+        if (level > token.level + 1 || doc.openNames.count != token.level + 1) fail(LCA__Bad_nesting);
+        if (!doc.yamlItem) fail(LCA__Expected__1);
+    } else {
+        if (level != doc.openNames.count) fail(LCA__Bad_nesting);
+        if (doc.yamlItem) {
+            // The next item of the same list: its line stays pending while this one closes.
+            doc.step_yaml_close_token(token);
+            return true;
+        }
+        doc.openNames.append(doc.yamlName);
+        if (!nextLine<kByWindows>(doc) || !doc.yamlItem || doc.yamlLevel != level)
+            fail(LCA__Expected_first_item_of_array);
+    }
+    ++token.level;
+    doc.step_yaml_open_token(token);
+    return true;
+}
+
+template <bool kByWindows>
+bool stepYaml(MLDoc& doc, MLDoc::Token& token) {
+    switch (doc.yamlState) {
         case kStart:
-            deliverYamlRoot(token);
+            deliverRoot(doc, token);
             return true;
         case kOpened:  // its first line, pending as an attribute, is dropped
         case kReading:
             do {
-                if (!get_yaml_line()) return step_yaml_finalize(token);
-            } while (yamlLineIsAttributeOf(token));
-            yamlState = kPending;
-            return judgeYamlLine(token);
+                if (!nextLine<kByWindows>(doc)) return doc.step_yaml_finalize(token);
+            } while (isAttributeOf(doc, token));
+            doc.yamlState = kPending;
+            return judgeLine<kByWindows>(doc, token);
         case kPending:
         case kClosed:
-            return judgeYamlLine(token);
+            return judgeLine<kByWindows>(doc, token);
         case kEnding:
-            return step_yaml_finalize(token);
+            return doc.step_yaml_finalize(token);
         default:
             return false;
     }
 }
 
-void MLDoc::deliverYamlRoot(Token& token) {
-    char* here = buffer + position;
-    token.name.assign(here, here);
-    token.body.assign(here, buffer + length);
-    token.opening = true;
-    token.closing = false;
-    token.kind = 0;
-    token.level = 1;
-    yamlState = kReading;
-    openNames.append(ChPair());
-}
-
-// What the pending line means for the token. Always delivers one.
-bool MLDoc::judgeYamlLine(Token& token) {
-    int lineLevel = yamlLineLevel();
-    if (lineLevel < token.level) {
-        // One line can close several levels, one step at a time.
-        if (!yamlItem && yamlValueKind != kNoValue) fail(LCA__Normal_attributes_does_not);
-        step_yaml_close_token(token);
-        openNames.cutTo(token.level);
-        yamlState = kClosed;
-        return true;
-    }
-    if (lineLevel > token.level) {
-        if (lineLevel > token.level + 1 || openNames.count != token.level + 1) fail(LCA__Bad_nesting);
-        if (!yamlItem) fail(LCA__Expected__1);
-    } else {
-        if (lineLevel != openNames.count) fail(LCA__Bad_nesting);
-        if (yamlItem) {
-            // The next item of the same list: its line stays pending while this one closes.
-            step_yaml_close_token(token);
-            return true;
+template <bool kByWindows>
+bool attributeYaml(MLDoc& doc, const MLDoc::Token& token, MLDoc::Attribute& attribute) {
+    if (doc.yamlState == kOpened) {
+        // The first line of an item is an attribute even without a value; that is then empty.
+        doc.yamlState = kReading;
+    } else if (doc.yamlState == kReading) {
+        if (!nextLine<kByWindows>(doc)) {
+            doc.yamlState = kEnding;
+            return false;
         }
-        openNames.append(yamlName);
-        if (!get_yaml_line() || !yamlItem || yamlLevel != lineLevel) fail(LCA__Expected_first_item_of_array);
+        if (!isAttributeOf(doc, token)) {
+            doc.yamlState = kPending;
+            return false;
+        }
+    } else {
+        return false;
     }
-    ++token.level;
-    step_yaml_open_token(token);
+    attribute.name = doc.yamlName;
+    attribute.value = doc.yamlValue;
     return true;
 }
+
+}  // namespace
+
+bool MLDoc::get_yaml_line() { return nextLine<true>(*this); }
+
+bool MLDoc::step_yaml(Token& token) { return stepYaml<true>(*this, token); }
 
 void MLDoc::step_yaml_open_token(Token& token) {
     token.name = openNames[token.level - 1];
@@ -305,22 +414,15 @@ bool MLDoc::step_yaml_finalize(Token& token) {
 }
 
 bool MLDoc::attribute_yaml(const Token& token, Attribute& attribute) {
-    if (yamlState == kOpened) {
-        // The first line of an item is an attribute even without a value; that is then empty.
-        yamlState = kReading;
-    } else if (yamlState == kReading) {
-        if (!get_yaml_line()) {
-            yamlState = kEnding;
-            return false;
-        }
-        if (!yamlLineIsAttributeOf(token)) {
-            yamlState = kPending;
-            return false;
-        }
-    } else {
-        return false;
-    }
-    attribute.name = yamlName;
-    attribute.value = yamlValue;
-    return true;
+    return attributeYaml<true>(*this, token, attribute);
 }
+
+namespace velmora::detail {
+
+bool plainYamlLine(MLDoc& doc) { return nextLine<false>(doc); }
+bool plainStepYaml(MLDoc& doc, MLDoc::Token& token) { return stepYaml<false>(doc, token); }
+bool plainAttributeYaml(MLDoc& doc, const MLDoc::Token& token, MLDoc::Attribute& attribute) {
+    return attributeYaml<false>(doc, token, attribute);
+}
+
+}  // namespace velmora::detail
