@@ -265,9 +265,9 @@ public:
     // Where the longest entry with `n` bytes of value does not fit, or where one of its texts is a part of the Bag,
     // there is no place for it.
     InPlace(const MLDocOut& out, const char* name, const char* v, std::ptrdiff_t n)
-        : bag_(bagOf(out, mostBytes(out, n))), end_(nullptr), isWhole_(true) {
+        : bag_(bagOf(out, n)), end_(nullptr), isWhole_(true) {
         if (!bag_) return;
-        if (isOwn(*bag_, name) || isOwn(*bag_, v)) {
+        if (bag_->bufferSize - bag_->cursor < mostBytes(out, n) || isOwn(*bag_, name) || isOwn(*bag_, v)) {
             bag_ = nullptr;
         } else {
             end_ = bag_->data + bag_->cursor;
@@ -360,13 +360,15 @@ inline ChPair MLDocOut::lineEnd() const {
     return ChPair(eoln, n);
 }
 
-inline MLDocOut::Run MLDocOut::run(int n, char c) {
+VELMORA_ALWAYS_INLINE inline MLDocOut::Run MLDocOut::run(int n, char c) {
     if (n <= 0) return Run{nullptr, 0, true};  // not one stretch to copy
     const char* from = n <= fill.count ? fill.data : filled(n, c);
     return Run{from, n, (n + Run::kSlack - 1) / Run::kSlack * Run::kSlack <= fill.allocateCount};
 }
 
-inline MLDocOut::Run MLDocOut::indentRun() { return tabSize < 1 ? run(indent, '\t') : run(indent * tabSize, ' '); }
+VELMORA_ALWAYS_INLINE inline MLDocOut::Run MLDocOut::indentRun() {
+    return tabSize < 1 ? run(indent, '\t') : run(indent * tabSize, ' ');
+}
 
 // What stands in front of the first entry of an item when it goes on the same line.
 inline MLDocOut::Run MLDocOut::compactIndentRun() { return run(tabSize - 1, ' '); }
