@@ -48,7 +48,8 @@ void readVelmora(Block& block, Seen& seen) {
             }
             int valueSize = value.len();
             if constexpr (mode != Mode::AsIs) valueSize = doc.convertEscape(value, value.begin);
-            seen.text(name.begin, name.size(), value.begin, static_cast<std::size_t>(valueSize));
+            seen.text(name.begin, static_cast<std::size_t>(name.len()), value.begin,
+                      static_cast<std::size_t>(valueSize));
         }
     }
     int stolen;
