@@ -50,9 +50,6 @@ bool isStructure(char c) { return classOf(c) == kStructure; }
 Block isStop(Block b) { return b.is('"') | b.is('\\'); }
 Block isBlack(Block b) { return b.isAbove(' '); }
 
-// Where a member may begin in a window that has an indent before it.
-constexpr Marks kNear((1u << 14) - 1);
-
 // Where a key may end in a window: behind it a colon, a blank and the value's first byte are still in it.
 constexpr Marks kKeyEnds(~0u >> 3);
 
@@ -107,26 +104,24 @@ public:
     }
 
     // Takes the common member: white space, a key, ':' with a blank or none, and a string, a word or the bracket that
-    // opens a list; without a backslash. Returns: the kind of its value; kEnd for any other, of which nothing is taken.
-    int takeMember(ChPair& key, ChPair& value) {
+    // opens a list; without a backslash. A list has no value, and its key is for `list`.
+    // Returns: the kind of the value; kEnd for any other member, of which nothing is taken.
+    int takeMember(MLDoc::Attribute& attribute, ChPair& list) {
         const char* p = p_;
         if (!Window::fits(p, end_)) return kEnd;
-        Window window(p);
-        const Marks black = window.marks(isBlack).first();
-        Marks opening = black;
-        if (!(black & kNear).any()) {
-            // The member gets a window without its indent.
-            p = black.any() ? p + black.place() : velmora::detail::passBlanks(p + Window::kSize, end_);
+        // An indent goes by whole blocks, so that no place in the window has to wait for where the indent ends.
+        while (!isBlack(Block::load(p)).any()) {
+            p += Block::kSize;
             if (!Window::fits(p, end_)) return kEnd;
-            window = Window(p);
-            opening = Marks::atBegin();
         }
-        const Marks stops = window.marks(isStop) & opening.onward();
+        const Window window(p);
+        const Marks stops = window.marks(isStop);
+        if (!(window.firstHalf(isBlack).first() == stops.first())) return kEnd;
         const Marks closing = stops.others().first() & kKeyEnds;
         if (!closing.any()) return kEnd;
-        const char* const open = p + opening.place();
+        const char* const key = p + stops.place() + 1;
         const char* const close = p + closing.place();
-        if (*open != '"' || close[0] != '"' || close[1] != ':') return kEnd;
+        if (key[-1] != '"' || close[0] != '"' || close[1] != ':') return kEnd;
         const char* begin = close + 2;
         if (*begin == ' ') ++begin;
         const char* end = begin;
@@ -139,24 +134,25 @@ public:
             if (end == end_ || *end != '"') return kEnd;
             p_ = end + 1;
         } else if (*begin == '[') {
-            kind = '[';
             p_ = begin + 1;
+            list.assign(key, close);
+            return '[';
         } else {
             while (end != end_ && classOf(*end) == kOther) ++end;
             if (end == begin || (end != end_ && classOf(*end) == kHigh)) return kEnd;
             p_ = end;
         }
-        key.assign(open + 1, close);
-        value.assign(begin, end);
+        attribute.name.assign(key, close);
+        attribute.value.assign(begin, end);
         return kind;
     }
 
     // The same with the comma before it, if the token before lets both come here.
-    int takeMemberBehind(int previous, ChPair& key, ChPair& value) {
+    int takeMemberBehind(int previous, MLDoc::Attribute& attribute, ChPair& list) {
         const char* const before = p_;
         const bool passed = pass(',');
         const bool allowed = passed ? oneOf(previous, ']', '}', kWord, kQuoted) : oneOf(previous, '{', ',');
-        const int kind = allowed ? takeMember(key, value) : kEnd;
+        const int kind = allowed ? takeMember(attribute, list) : kEnd;
         if (kind == kEnd) p_ = before;
         return kind;
     }
@@ -252,11 +248,12 @@ bool stepJson(MLDoc& doc, MLDoc::Token& token) {
     if (doc.position >= doc.length) return false;
     int previous = previousKind(doc);
     JsonCursor cursor(doc);
-    ChPair key, text;
+    ChPair text, list;
+    MLDoc::Attribute passed;
     for (int kind;; previous = kind) {
         if (kByWindows) {
-            kind = cursor.takeMemberBehind(previous, key, text);
-            if (kind == '[') openList(doc, token, key);
+            kind = cursor.takeMemberBehind(previous, passed, list);
+            if (kind == '[') openList(doc, token, list);
             if (kind != kEnd) continue;
         }
         kind = cursor.next(text);
@@ -295,7 +292,8 @@ bool attributeJson(MLDoc& doc, const MLDoc::Token& token, MLDoc::Attribute& attr
     ChPair key, text;
     const char* behindColon = nullptr;
     const bool passed = cursor.pass(',');
-    int kind = kByWindows ? cursor.takeMember(key, text) : kEnd;
+    int kind = kByWindows ? cursor.takeMember(attribute, key) : kEnd;
+    if (kind == kQuoted || kind == kWord) return true;
     if (kind == kEnd) {
         kind = cursor.next(key);
         if (!passed && kind == ',') kind = cursor.next(key);
