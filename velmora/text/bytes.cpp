@@ -18,6 +18,7 @@ using velmora::detail::textFunctions;
 
 constexpr std::size_t kLongText = 64;      // worth a call through the table where the base has a block that is inline
 constexpr std::size_t kFoldedSearch = 48;  // worth knowing first what is found
+constexpr std::size_t kRareSearch = 256;   // worth asking first where the pattern's first byte is
 
 unsigned char upper(char c) { return chr_upper_table_ascii[static_cast<unsigned char>(c)]; }
 
@@ -359,6 +360,12 @@ char* strfind(const char* s, std::size_t n, const char* p, std::size_t pn) {
     if (!s || !p || pn == 0 || n == 0) return const_cast<char*>(s) + n;
     if (pn > n) return nullptr;
     if (pn == 1) return strfind(s, n, p[0]);
+    if (n - pn >= kRareSearch) {
+        const char* const from = strfind(s, n - pn + 1, p[0]);
+        if (!from) return nullptr;
+        n -= static_cast<std::size_t>(from - s);
+        s = from;
+    }
     const std::size_t places = n - pn + 1;
     if (places >= kShortText) return textFunctions.findBytes(s, n, p, pn);
     if (places >= Block::kSize) return findInBlocks(s, n, p, pn);
