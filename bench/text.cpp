@@ -220,10 +220,8 @@ void addAppend(const std::string& row, const char* contender, double bytes, Appe
         Text text;
         for (auto _ : state) {
             empty(text);
-            for (int i = 0; i < kAppends; ++i) {
-                append(text, i);
-                DoNotOptimize(text);
-            }
+            for (int i = 0; i < kAppends; ++i) append(text, i);
+            DoNotOptimize(text);
             benchmark::ClobberMemory();
         }
         describe(state, bytes * kAppends, kAppends, "");
