@@ -17,6 +17,7 @@ does the last two from the results that are there. A table is filled between
     <!-- /bench -->
 
 with the rows whose name starts with ROW, as find/ or read-xml do. With words, one of them is the row's variant or size.
+Between <!-- goals --> and <!-- /goals --> comes what bench/goals.json aims at, beside what is reached.
 """
 
 import argparse
@@ -35,6 +36,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[1]
 PLOTS = ROOT / "docs" / "plots"
 RESULTS = PLOTS / "results.json"
 PAGE = ROOT / "docs" / "performance.md"
+GOALS = ROOT / "bench" / "goals.json"
 PROGRAMS = ["bench_readers", "bench_writers", "bench_text", "bench_numbers", "bench_format_double", "bench_serial",
             "bench_files", "bench_startup"]
 OWN = "velmora"
@@ -247,6 +249,15 @@ def ratio_text(ratio):
     return f"{ratio:.0f}" if ratio >= 99.5 else f"{ratio:.1f}" if ratio >= 9.95 else f"{ratio:.2f}"
 
 
+def median_text(ratios):
+    return ratio_text(statistics.median(ratios)) if ratios else ""
+
+
+def gains_of(own):
+    """How many times as fast velmora is as at the other revision."""
+    return paired_ratios(own.get("old_ns", {}), own.get("now_ns", {}))
+
+
 # ---- the table on the terminal ----
 
 def terminal_table(document):
@@ -262,17 +273,12 @@ def terminal_table(document):
             median = statistics.median(values)
             speed = f"{data['bytes'] * 1e3 / median:.0f}" if data["bytes"] else ""
             each = time_text(median / data["items"]) if data["items"] else ""
-            ratio = ""
-            if own and own is not data:
-                ratios = paired_ratios(data["ns"], own["ns"])
-                ratio = ratio_text(statistics.median(ratios)) if ratios else ""
+            ratio = median_text(paired_ratios(data["ns"], own["ns"])) if own and own is not data else ""
             line = (f"{title:<37}{contender:<20}{time_text(median):>9}{quartile_spread(values) * 100:>6.1f} %"
                     f"{speed:>8}{each:>9}{ratio:>8}")
             old = data.get("old_ns")
             if against and old:
-                gains = paired_ratios(old, data.get("now_ns", {}))
-                gain = ratio_text(statistics.median(gains)) if gains else ""
-                line += f"{time_text(statistics.median(old.values())):>10}{gain:>7}"
+                line += f"{time_text(statistics.median(old.values())):>10}{median_text(gains_of(data)):>7}"
             lines.append((line + ("   " + data["note"] if data["note"] else "")).rstrip())
             title = ""
     lines.append("ratio: the peer's time over velmora's, above 1 velmora is faster"
@@ -283,7 +289,7 @@ def terminal_table(document):
 # ---- the tables of the page ----
 
 def page_table(document, words):
-    """One line per row, variant and size; velmora's time per item, and the peers' ratios."""
+    """One line per row, variant and size; velmora's time per item, its gain, and the peers' ratios."""
     chosen = [(key, contenders) for key, contenders in families(document)
               if "/".join(key).startswith(words[0]) and OWN in contenders
               and (len(words) == 1 or key[1] in words[1:] or key[2] in words[1:])]
@@ -293,23 +299,45 @@ def page_table(document, words):
     for _, contenders in chosen:
         peers += [name for name in contenders if name != OWN and name not in peers]
     rows_differ = len({key[0] for key, _ in chosen}) > 1
-    lines = [f"| | {OWN} | each | " + " | ".join(peers) + " |", "|---" * (len(peers) + 3) + "|"]
+    gain = ["gain"] if any(gains_of(contenders[OWN]) for _, contenders in chosen) else []
+    lines = [" | ".join(["| ", OWN, "each"] + gain + peers) + " |", "|---" * (len(gain + peers) + 3) + "|"]
     for (row, variant, size), contenders in chosen:
         own = contenders[OWN]
         median = statistics.median(own["ns"].values())
         cells = [", ".join(([row] if rows_differ else []) + [variant, size]), time_text(median),
                  time_text(median / own["items"]) if own["items"] else ""]
+        if gain:
+            cells.append(median_text(gains_of(own)))
         for peer in peers:
-            ratios = paired_ratios(contenders[peer]["ns"], own["ns"]) if peer in contenders else []
-            cells.append(ratio_text(statistics.median(ratios)) if ratios else "")
+            cells.append(median_text(paired_ratios(contenders[peer]["ns"], own["ns"])) if peer in contenders else "")
         lines.append("| " + " | ".join(cells) + " |")
     return "\n".join(lines)
 
 
-def fill_page(text, document):
+def goals_table(document, goals):
+    """One line per goal: the peer's ratio at the other revision, now and as aimed at; the gain, and that aimed at."""
+    lines = ["| | peer | before | now | goal | gain | goal |", "|---|---|---|---|---|---|---|"]
+    rows = dict(families(document))
+    for goal in goals:
+        contenders = rows.get(tuple(goal["row"].split("/")), {})
+        if goal["peer"] not in contenders:
+            raise SystemExit(f"no result for the goal {goal['row']} beside {goal['peer']}")
+        own = contenders[goal.get("own", OWN)]
+        now, gains = statistics.median(paired_ratios(contenders[goal["peer"]]["ns"], own["ns"])), gains_of(own)
+        before = ratio_text(now / statistics.median(gains)) if gains else ""
+        cells = [goal["work"], goal["peer"], before, ratio_text(now), str(goal.get("ratio", "")), median_text(gains),
+                 str(goal.get("gain", ""))]
+        lines.append("| " + " | ".join(cells) + " |")
+    return "\n".join(lines)
+
+
+def fill_page(text, document, goals=()):
     def table(match):
         return f"{match.group(1)}\n{page_table(document, match.group(2).split())}\n{match.group(3)}"
-    return re.sub(r"(<!-- bench: ([^>]*?) -->)\n.*?(<!-- /bench -->)", table, text, flags=re.DOTALL)
+    def table_of_goals(match):
+        return f"{match.group(1)}\n{goals_table(document, goals)}\n{match.group(2)}"
+    text = re.sub(r"(<!-- bench: ([^>]*?) -->)\n.*?(<!-- /bench -->)", table, text, flags=re.DOTALL)
+    return re.sub(r"(<!-- goals -->)\n.*?(<!-- /goals -->)", table_of_goals, text, flags=re.DOTALL)
 
 
 # ---- plots ----
@@ -482,7 +510,7 @@ def write_plots(document):
     plot = size_plot(document)
     if plot:
         (PLOTS / "sizes.svg").write_text(plot)
-    PAGE.write_text(fill_page(PAGE.read_text(), document))
+    PAGE.write_text(fill_page(PAGE.read_text(), document, json.loads(GOALS.read_text())))
 
 
 # ---- commands ----

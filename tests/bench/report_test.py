@@ -134,7 +134,7 @@ class Texts(unittest.TestCase):
 class Page(unittest.TestCase):
     def test_only_what_is_between_marks_changes(self):
         before = "one\n<!-- bench: read 16MB -->\nold\nlines\n<!-- /bench -->\ntwo\n"
-        after = ("one\n<!-- bench: read 16MB -->\n| | velmora | each | peer |\n|---|---|---|---|\n"
+        after = ("one\n<!-- bench: read 16MB -->\n|  | velmora | each | peer |\n|---|---|---|---|\n"
                  "| records, 16MB | 200 ns | 20 ns | 3.00 |\n<!-- /bench -->\ntwo\n")
         self.assertEqual(report.fill_page(before, results()), after)
         self.assertEqual(report.fill_page(after, results()), after)
@@ -142,6 +142,25 @@ class Page(unittest.TestCase):
     def test_a_row_is_named_by_its_beginning(self):
         for row in ("re", "read/", "read/records/16MB"):
             self.assertIn("200 ns", report.fill_page(f"<!-- bench: {row} -->\n<!-- /bench -->\n", results()))
+
+    def test_gains_have_a_column_where_there_are_any(self):
+        table = report.page_table(results(against=True), ["read"])
+        self.assertEqual(table.split("\n")[0], "|  | velmora | each | gain | peer |")
+        self.assertEqual(table.split("\n")[2], "| records, 16MB | 200 ns | 20 ns | 1.25 | 3.00 |")
+
+    def test_goals_are_beside_what_is_reached(self):
+        goals = [{"work": "reading", "row": "read/records/16MB", "peer": "peer", "ratio": 2.5, "gain": 1.3},
+                 {"work": "again", "row": "read/records/16MB", "peer": "peer", "ratio": 4}]
+        page = report.fill_page("<!-- goals -->\nold\n<!-- /goals -->\n", results(against=True), goals)
+        self.assertEqual(page, "<!-- goals -->\n| | peer | before | now | goal | gain | goal |\n|---|---|---|---|---|---|---|\n"
+                               "| reading | peer | 2.40 | 3.00 | 2.5 | 1.25 | 1.3 |\n"
+                               "| again | peer | 2.40 | 3.00 | 4 | 1.25 |  |\n<!-- /goals -->\n")
+
+    def test_a_goal_without_results_is_refused(self):
+        for goal in ({"work": "", "row": "read/records/1MB", "peer": "peer"},
+                     {"work": "", "row": "read/records/16MB", "peer": "nobody"}):
+            with self.assertRaises(SystemExit):
+                report.goals_table(results(), [goal])
 
     def test_a_table_without_results_is_refused(self):
         with self.assertRaises(SystemExit):
