@@ -65,6 +65,22 @@ TYPED_TEST(Scan, StopsWhereAByteByByteSearchDoes) {
     });
 }
 
+TYPED_TEST(Scan, StopsFarAwayWhereAByteByByteSearchDoes) {
+    using namespace velmora::detail;
+    for (std::size_t length = 0; length <= 300; ++length) {
+        const support::GuardedBytes bytes(std::string(length, 'a'));
+        for (std::size_t place = 0; place <= length; ++place) {
+            char* const begin = bytes.begin();
+            if (place < length) begin[place] = ':';
+            if (place + 1 < length) begin[length - 1] = ':';  // which is not the first
+            const char* const found = scanFarUntil<TypeParam>(
+                begin, begin + length, [](TypeParam b) { return b.is(':'); }, [](char c) { return c == ':'; });
+            ASSERT_EQ(place, static_cast<std::size_t>(found - begin)) << length;
+            std::fill(begin, begin + length, 'a');
+        }
+    }
+}
+
 TYPED_TEST(Scan, CopiesUnlessAByteIsMarked) {
     using namespace velmora::detail;
     const auto marks = [](TypeParam b) { return b.is('"') | b.isBelow(0x20); };

@@ -10,6 +10,7 @@
 // `openNames` holds the root's empty name and one per open list; entry i names a token at level i + 1.
 //
 // Common lines are taken by a look at the window of bytes ahead; see window.h.
+#include <array>
 #include <cstring>
 
 #include <velmora/localization/keys.h>
@@ -40,10 +41,18 @@ constexpr int kDashIndent = 2;
 bool isBlank(char c) { return c == ' ' || c == '\t'; }
 bool isLineEnd(char c) { return c == '\r' || c == '\n'; }
 
-bool mayBeginPlain(char c) {
-    return c == '-' || c == '_' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
-           static_cast<unsigned char>(c) >= 0x80;
+// The bytes that a plain value may begin with: '-', '_', digits, letters, all above ASCII.
+constexpr std::array<bool, 256> makePlainBegins() {
+    std::array<bool, 256> begins = {};
+    for (unsigned c = 0; c < 256; ++c) {
+        begins[c] = c == '-' || c == '_' || (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') ||
+                    (c >= 'a' && c <= 'z') || c >= 0x80;
+    }
+    return begins;
 }
+constexpr std::array<bool, 256> plainBegins = makePlainBegins();
+
+bool mayBeginPlain(char c) { return plainBegins[static_cast<unsigned char>(c)]; }
 
 // The rest of the buffer. The document's position follows it out by whichever door.
 class Line {
@@ -113,7 +122,7 @@ Block isPlainStop(Block b) { return b.is(':') | b.is('\r') | b.is('\n'); }
 // A plain value ends with its line, or at a colon that would make it a key.
 const char* findPlainEnd(const char* p, const char* end) {
     for (;; ++p) {
-        p = velmora::detail::scanUntil(p, end, isPlainStop, [](char c) { return c == ':' || isLineEnd(c); });
+        p = velmora::detail::scanFarUntil(p, end, isPlainStop, [](char c) { return c == ':' || isLineEnd(c); });
         if (p == end || *p != ':') return p;
         if (end - p > 1 && static_cast<unsigned char>(p[1]) <= ' ') return p;
     }
@@ -180,7 +189,7 @@ bool passIndent(Line& line, ChPair& lineStart, int& indent) {
     }
 }
 
-bool readLine(MLDoc& doc) {
+VELMORA_NOINLINE bool readLine(MLDoc& doc) {
     if (doc.position >= doc.length) return false;
     Line line(doc);
     int indent;
@@ -208,8 +217,8 @@ bool readLine(MLDoc& doc) {
     return true;
 }
 
-// Where a line may begin in a window that has an indent before it, and where its key may end: the two bytes after it
-// are still in the window.
+// Where a line may begin in a window that has an indent before it, and where the key of a line that goes on after the
+// window may end: the two bytes after it are still in the window.
 constexpr Marks kNear((1u << 14) - 1);
 constexpr Marks kKeyEnds(~0u >> 2);
 
@@ -219,65 +228,85 @@ void set(ChPair& view, const char* begin, const char* end) {
     Block(reinterpret_cast<std::uintptr_t>(begin), reinterpret_cast<std::uintptr_t>(end)).store(&view);
 }
 
-// Takes the common line: blanks, a dash or none, a key, ':', and a blank and a plain value or nothing.
-bool takeLine(MLDoc& doc) {
+// Takes the common line: blanks, a dash or none, a key, ':', and a blank and a plain value or nothing. The next line
+// waits for the end of this one alone, so the end is found without the rest.
+VELMORA_ALWAYS_INLINE inline bool takeLine(MLDoc& doc) {
+    if (std::int64_t{doc.length} - doc.position < Window::kSize) return false;
     const char* const bufferEnd = doc.buffer + doc.length;
-    const char* const start = doc.buffer + doc.position;
-    const char* p = start;
-    if (doc.position > doc.length || !Window::fits(p, bufferEnd)) return false;
+    const char* p = doc.buffer + doc.position;
     Window window(p);
-    Marks begin = (~window.marks([](Block b) { return b.is(' '); })).first();
-    if (!(begin & kNear).any()) {
+    Marks spaces = window.marks([](Block b) { return b.is(' '); });
+    Marks begin = (~spaces).first();
+    int indent = 0;
+    if (!(begin & kNear).any()) [[unlikely]] {
         // The line gets a window without its indent.
+        const char* start = p;
         p = begin.any() ? p + begin.place() : velmora::detail::passRun(p + Window::kSize, bufferEnd, ' ');
         if (!Window::fits(p, bufferEnd)) return false;
+        indent = static_cast<int>(p - start);
         window = Window(p);
+        spaces = window.marks([](Block b) { return b.is(' '); });
         begin = Marks::atBegin();
     }
     const char* name = p + begin.place();
-    auto indent = static_cast<int>(name - start);
+    indent += static_cast<int>(begin.place());
     const bool item = name[0] == '-' && name[1] == ' ';
-    if (item) {
+    if (item) [[unlikely]] {
         name += kDashIndent;
         indent += kDashIndent;
         begin = begin.right().right();
     }
-    if (indent != 0 && doc.yamlIndentUnit <= 0) return false;
-    const int level = indent == 0 ? 0 : indent / doc.yamlIndentUnit;
-    if (level * doc.yamlIndentUnit != indent) return false;
-    const Marks stops = window.marks([](Block b) { return isPlainStop(b) | b.is(' ') | b.is('\t'); });
-    const Marks colon = (stops & begin.onward()).first();
-    if (!(colon & kKeyEnds).any() || colon == begin || *name == '"' || *name == '\'') return false;
-    const char* const nameEnd = p + colon.place();
-    if (*nameEnd != ':') return false;
+    // Most often the level is that of the line before: that is asked without a division.
+    int level = doc.yamlLevel;
+    if (doc.yamlIndentUnit <= 0 || std::int64_t{level} * doc.yamlIndentUnit != indent) [[unlikely]] {
+        if (indent != 0 && doc.yamlIndentUnit <= 0) return false;
+        level = indent == 0 ? 0 : indent / doc.yamlIndentUnit;
+        if (level * doc.yamlIndentUnit != indent) return false;
+    }
+    const Marks colons = window.marks([](Block b) { return b.is(':'); });
+    const Marks controls = window.marks([](Block b) { return b.isBelow('\r' + 1); });
+    const Marks stops = (spaces | colons | controls) & begin.onward();
+    if (!stops.any()) return false;
+    const char* const nameEnd = p + stops.place();
+    if (*nameEnd != ':' || nameEnd == name || *name == '"' || *name == '\'') return false;
+    // In a window without an end, the two bytes after the key must be there.
+    if (!controls.any() && !(stops.first() & kKeyEnds).any()) return false;
 
     const char* value = nameEnd + 1;
-    const char* end = value;
     char kind = kNoValue;
-    if (*value == ' ') {
+    if (*value == ' ') [[likely]] {
         ++value;
         if (!mayBeginPlain(*value)) return false;
         kind = kPlain;
-        const Marks ends = window.marks(isPlainStop) & colon.right().onward();
-        end = ends.any() ? p + ends.place() : p + Window::kSize;
-        if (!ends.any() || *end == ':') end = findPlainEnd(end, bufferEnd);
     }
-    const char* next = end;
-    if (next != bufferEnd && *next == '\r') ++next;
-    if (next == bufferEnd || *next != '\n') return false;
-    ++next;
-    doc.yamlItem = item;
-    doc.yamlLevel = level;
+    const Marks others = colons.others() & controls.first().before();
+    const char* end;
+    const char* next;
+    if (controls.any() && !others.any() && p[controls.place()] == '\n') [[likely]] {
+        end = p + controls.place();
+        if (kind == kNoValue && end != value) return false;
+        next = end + 1;
+    } else {
+        // The value goes on after the window, or holds what may end it.
+        end = value;
+        if (kind == kPlain) end = findPlainEnd(others.any() || controls.any() ? value : p + Window::kSize, bufferEnd);
+        next = end;
+        if (next != bufferEnd && *next == '\r') ++next;
+        if (next == bufferEnd || *next != '\n') return false;
+        ++next;
+    }
     set(doc.yamlName, name, nameEnd);
-    doc.yamlValueKind = kind;
     set(doc.yamlValue, value, end);
     set(doc.yamlRest, next, bufferEnd);
+    doc.yamlItem = item;
+    doc.yamlLevel = level;
+    doc.yamlValueKind = kind;
     doc.position = static_cast<std::uint32_t>(next - doc.buffer);
     return true;
 }
 
 template <bool kByWindows>
-bool nextLine(MLDoc& doc) {
+VELMORA_ALWAYS_INLINE inline bool nextLine(MLDoc& doc) {
     return (kByWindows && takeLine(doc)) || readLine(doc);
 }
 
@@ -354,13 +383,18 @@ bool stepYaml(MLDoc& doc, MLDoc::Token& token) {
     }
 }
 
-template <bool kByWindows>
-bool attributeYaml(MLDoc& doc, const MLDoc::Token& token, MLDoc::Attribute& attribute) {
+void deliver(const MLDoc& doc, MLDoc::Attribute& attribute) {
+    attribute.name = doc.yamlName;
+    attribute.value = doc.yamlValue;
+}
+
+// All but what is taken by a window; apart, so that the taking needs no frame for it.
+VELMORA_NOINLINE bool attributeYaml(MLDoc& doc, const MLDoc::Token& token, MLDoc::Attribute& attribute) {
     if (doc.yamlState == kOpened) {
         // The first line of an item is an attribute even without a value; that is then empty.
         doc.yamlState = kReading;
     } else if (doc.yamlState == kReading) {
-        if (!nextLine<kByWindows>(doc)) {
+        if (!readLine(doc)) {
             doc.yamlState = kEnding;
             return false;
         }
@@ -371,8 +405,7 @@ bool attributeYaml(MLDoc& doc, const MLDoc::Token& token, MLDoc::Attribute& attr
     } else {
         return false;
     }
-    attribute.name = doc.yamlName;
-    attribute.value = doc.yamlValue;
+    deliver(doc, attribute);
     return true;
 }
 
@@ -414,7 +447,13 @@ bool MLDoc::step_yaml_finalize(Token& token) {
 }
 
 bool MLDoc::attribute_yaml(const Token& token, Attribute& attribute) {
-    return attributeYaml<true>(*this, token, attribute);
+    if (yamlState != kReading || !takeLine(*this)) return attributeYaml(*this, token, attribute);
+    if (!isAttributeOf(*this, token)) {
+        yamlState = kPending;
+        return false;
+    }
+    deliver(*this, attribute);
+    return true;
 }
 
 namespace velmora::detail {
@@ -422,7 +461,7 @@ namespace velmora::detail {
 bool plainYamlLine(MLDoc& doc) { return nextLine<false>(doc); }
 bool plainStepYaml(MLDoc& doc, MLDoc::Token& token) { return stepYaml<false>(doc, token); }
 bool plainAttributeYaml(MLDoc& doc, const MLDoc::Token& token, MLDoc::Attribute& attribute) {
-    return attributeYaml<false>(doc, token, attribute);
+    return attributeYaml(doc, token, attribute);
 }
 
 }  // namespace velmora::detail

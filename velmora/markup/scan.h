@@ -21,6 +21,23 @@ inline const char* scanUntil(const char* p, const char* end, Where where, StopsA
     return p;
 }
 
+// The same for what may be long: after the first blocks, four are asked about at once.
+template <class B = Block, class Where, class StopsAt>
+inline const char* scanFarUntil(const char* p, const char* end, Where where, StopsAt stopsAt) {
+    constexpr int kRound = 4 * B::kSize;
+    if (end - p >= 2 * kRound) {
+        const char* const near = p + kRound;
+        p = scanUntil<B>(p, near, where, stopsAt);
+        if (p != near) return p;
+        for (; end - p >= kRound; p += kRound) {
+            const B low = where(B::load(p)) | where(B::load(p + B::kSize));
+            const B high = where(B::load(p + 2 * B::kSize)) | where(B::load(p + 3 * B::kSize));
+            if ((low | high).any()) break;
+        }
+    }
+    return scanUntil<B>(p, end, where, stopsAt);
+}
+
 template <class B = Block>
 inline const char* findControl(const char* p, const char* end) {
     return scanUntil<B>(
