@@ -49,7 +49,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     support::ReaderTwins twins(fast.begin(), plain.begin(), text.size());
     if (text.empty() || !twins.begin()) return 0;
     fuzz::Input acts(nullptr, 0);
-    // It goes on behind failures, as a caller should not.
+    // It goes on after failures, which a caller should not do.
     for (std::size_t steps = 0, still = 0; steps < 2 * text.size() + 16 && still < 3; ++steps) {
         still = twins.step() ? 0 : still + 1;
         if (acts.empty()) acts = fuzz::Input(reinterpret_cast<const std::uint8_t*>(script.data()), script.size());

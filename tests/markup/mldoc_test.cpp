@@ -1291,7 +1291,7 @@ private:
     Place place_ = {1, 1};
 };
 
-// Places in any order, while attributes are blanked and the memo is changed: what is counted back is what was counted
+// Places in any order, while attributes are blanked and the memo is changed: counting back gives the same as counting
 // from the begin.
 TEST(MLDocGetPosition, AgreesWithCountingFromTheBegin) {
     std::mt19937 random(20261122);

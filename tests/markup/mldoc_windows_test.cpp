@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kMost = 4096;
 
-// Reads a document with all attributes, on behind failures, in two blocks that end where their guarded bytes do.
+// Reads a document with all attributes, also after failures, in two blocks that end where their guarded bytes do.
 class Readers {
 public:
     ::testing::AssertionResult agreeOn(const std::string& text) {

@@ -50,7 +50,7 @@ bool isStructure(char c) { return classOf(c) == kStructure; }
 Block isStop(Block b) { return b.is('"') | b.is('\\'); }
 Block isBlack(Block b) { return b.isAbove(' '); }
 
-// Where a key may end in a window: behind it a colon, a blank and the value's first byte are still in it.
+// Where a key may end in a window, so that the colon, a blank and the value's first byte are in it too.
 constexpr Marks kKeyEnds(~0u >> 3);
 
 // Every byte up to the blank is white. Most often there is none, or one, or a line end and an indent.

@@ -190,7 +190,7 @@ void trimLineEnds(ChPair& value) {
 
 // ---- by windows ----
 
-// The place behind the '>' that ends a tag of which `p` is the first window, and `from` marks what is of it there.
+// The place after the '>' that ends a tag. `p` is the tag's first window, and `from` marks the tag's bytes in it.
 const char* findTagEnd(const char* p, const char* bufferEnd, Marks from) {
     bool open = false;
     for (;;) {
@@ -223,7 +223,7 @@ bool takeTag(MLDoc& doc, MLDoc::Token& token) {
     Window window(p);
     Marks begin = window.marks(isTagBegin).first();
     if (!(begin & kNear).any()) {
-        // The tag gets a window without what is before it.
+        // The tag gets a window that begins with it.
         const void* tag = std::memchr(p, '<', static_cast<std::size_t>(bufferEnd - p));
         p = tag ? static_cast<const char*>(tag) : bufferEnd;
         if (!Window::fits(p, bufferEnd)) return false;
@@ -292,7 +292,7 @@ bool takeAttribute(MLDoc& doc, const MLDoc::Token& token, MLDoc::Attribute& attr
     const char* const bufferEnd = doc.buffer + doc.length;
     const char* p = doc.buffer + doc.position;
     if (!(b < p && p < e)) {
-        // The first one comes behind the tag's name.
+        // The first one follows the tag's name.
         if (!(b < e) || b < doc.buffer || !Window::fits(b, bufferEnd)) return false;
         const Marks ends = Window(b).marks([](Block x) { return isWhite(x) | isTagEnd(x); });
         if (!ends.any()) return false;

@@ -388,7 +388,7 @@ void deliver(const MLDoc& doc, MLDoc::Attribute& attribute) {
     attribute.value = doc.yamlValue;
 }
 
-// All but what is taken by a window; apart, so that the taking needs no frame for it.
+// All lines that no window takes. It is a function apart, so that the common line needs no stack frame.
 VELMORA_NOINLINE bool attributeYaml(MLDoc& doc, const MLDoc::Token& token, MLDoc::Attribute& attribute) {
     if (doc.yamlState == kOpened) {
         // The first line of an item is an attribute even without a value; that is then empty.

@@ -33,7 +33,7 @@ public:
     constexpr Marks first() const { return Marks(bits_ & (0 - bits_)); }
     constexpr Marks others() const { return Marks(bits_ & (bits_ - 1)); }
 
-    // Of a single mark, or of none, which is as one behind the last place: the places before it, and those from it on.
+    // Of a single mark: the places before it, and those from it on. No mark counts as one after the last place.
     constexpr Marks before() const { return Marks(bits_ - 1); }
     constexpr Marks onward() const { return Marks(0 - bits_); }
     // The place before it, and the one after it.
@@ -43,7 +43,7 @@ public:
     // Whether these are a run from the window's first byte on, without a gap. It may be empty.
     constexpr bool lead() const { return (bits_ & (bits_ + 1)) == 0; }
 
-    // Marks what is in quotes when these are the quotes: from each that opens on to before the one that closes.
+    // These are quotes: marks the text in them, from each quote that opens up to the one that closes.
     constexpr Marks quoted(bool open) const {
         std::uint32_t inside = bits_;
         for (int n = 1; n < 32; n *= 2) inside ^= inside << n;

@@ -17,7 +17,7 @@ using velmora::detail::kShortText;
 using velmora::detail::textFunctions;
 
 constexpr std::size_t kLongText = 64;      // worth a call through the table where the base has a block that is inline
-constexpr std::size_t kFoldedSearch = 48;  // worth knowing first what is found
+constexpr std::size_t kFoldedSearch = 48;  // worth preparing the pattern's first byte
 constexpr std::size_t kRareSearch = 256;   // worth asking first where the pattern's first byte is
 
 unsigned char upper(char c) { return chr_upper_table_ascii[static_cast<unsigned char>(c)]; }

@@ -23,7 +23,7 @@ constexpr std::ptrdiff_t kWord = 8;                    // bytes that are asked t
 constexpr std::size_t kShortCheck = Block::kSize + 4;  // a block and what must be before it
 constexpr std::size_t kLongCheck = 40;                 // the same for a block of 32 bytes
 constexpr std::ptrdiff_t kLongText = 64;               // worth a call through the table after a first block
-constexpr std::ptrdiff_t kLongSearch = 256;            // worth knowing first what is found
+constexpr std::ptrdiff_t kLongSearch = 256;            // worth preparing the pattern's first character
 
 template <class Unit>
 inline bool isShort(const Unit* b, const Unit* e) {

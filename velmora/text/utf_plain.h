@@ -1,5 +1,5 @@
 // Private: the rules of UTF-8, a character at a time. The fast routines use them for texts and ends that are shorter
-// than a block, and for what is malformed; the tests hold the fast routines against them.
+// than a block, and for malformed text. The tests compare the fast routines with them.
 //
 // Each source has its own copy of these functions: the linker must not take one that was compiled for another machine.
 #ifndef VELMORA_TEXT_UTF_PLAIN_H

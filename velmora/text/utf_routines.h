@@ -11,7 +11,7 @@
 
 namespace velmora::detail {
 
-// Marks what is wrong in the block at `p`: each byte after a lead, and each second byte after a lead of three, must
+// Marks the faults in the block at `p`: each byte after a lead, and each second byte after a lead of three, must
 // continue, and no other; a byte from 0xF0 up is wrong by itself.
 // Requires: two bytes before `p` may be read.
 template <class B>
@@ -21,7 +21,7 @@ inline B faultsAt(const char* p, B bytes) {
 }
 
 // The start of the character that the bytes before `p` leave unfinished; `p` if there is none.
-// Requires: what is before `p` has no fault, but that its last character may be unfinished; two bytes are there.
+// Requires: the text before `p` has at least two bytes and no fault; its last character may be unfinished.
 template <class B>
 inline const char* unfinished(const char* p) {
     if (byteAt(p - 1) >= 0xC0) return p - 1;
@@ -231,8 +231,8 @@ inline bool startsUnfinished(const char* begin, const char* p) {
     return (p - begin >= 1 && byteAt(p - 1) >= 0xC0) || (p - begin >= 2 && byteAt(p - 2) >= 0xE0);
 }
 
-// Converts well-formed text from a character's start on, until it has gone wrong, ended or filled what is converted at
-// once. Moves `p` to the start of the first character that is not converted. Returns: the number of units.
+// Converts text from the start of a character: up to its first fault, its end or the end of the buffer. Moves `p` to
+// the start of the first character that is not converted. Returns: the number of units.
 // Requires: `p` is where the text begins, or at least two bytes after; from `begin` to `e` are at least a block and two
 // bytes.
 template <class B>
@@ -293,7 +293,7 @@ inline char* encodeBlock(const utf16_t* units, char* to) {
                             to);
 }
 
-// The same for UTF-16: converts until the text has ended or what is converted at once is full.
+// The same for UTF-16: up to the end of the text or of the buffer.
 template <class B>
 inline std::size_t encodeMixed(const utf16_t*& units, std::size_t& n, char* converted) {
     constexpr std::size_t kUnits = B::kSize / 2;
