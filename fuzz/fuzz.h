@@ -1,5 +1,5 @@
-// What the fuzzers have in common. Each is a source file with one LLVMFuzzerTestOneInput. A fuzzer finds what crashes,
-// what the sanitizers refuse, what leaves by another exception than those that are told, and what FUZZ_CHECK refuses.
+// What the fuzzers have in common. Each is a source file with one LLVMFuzzerTestOneInput. A fuzzer finds crashes,
+// reports of the sanitizers, exceptions that the headers do not name, and failures of FUZZ_CHECK.
 #ifndef VELMORA_FUZZ_FUZZ_H
 #define VELMORA_FUZZ_FUZZ_H
 

@@ -7,8 +7,8 @@
 
 namespace tool {
 
-// Writes a whole file, by way of a temporary beside it, so that a failure leaves the former one. What is no file of its
-// own, such as a device or a link to a file, is written in place. Throws: TTT.
+// Writes a whole file through a temporary file beside it, so that a failure leaves the previous one. A device or a link
+// is written in place. Throws: TTT.
 void saveFile(const std::string& path, const char* data, std::size_t size);
 
 }  // namespace tool

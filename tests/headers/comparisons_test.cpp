@@ -1,5 +1,5 @@
-// Texts of each kind compared with each other, by their bytes whatever stands on the left, in the oldest C++ that the
-// headers are for and in the one after it.
+// Compares texts of each kind with each other, in both orders, by their bytes: in C++17, the oldest that the headers
+// support, and in C++20.
 #include <velmora/text/charr.h>
 #include <velmora/text/charvector.h>
 #include <velmora/text/chpair.h>

@@ -30,14 +30,14 @@ std::string content(const Bag& bag) { return std::string(bag.data, static_cast<s
 
 using Calls = std::function<void(MLDocOut&)>;
 
-// Runs `calls` with `room` bytes free after `before` bytes of content, and with `behind` bytes after the cursor that
+// Runs `calls` with `room` bytes free after `before` bytes of content, and with `cutOff` bytes after the cursor, which
 // the first write cuts off.
-std::string written(MLDocOut::BagWriter& sink, const Setting& setting, int before, int room, int behind,
+std::string written(MLDocOut::BagWriter& sink, const Setting& setting, int before, int room, int cutOff,
                     const Calls& calls) {
     sink.setBufferSize(before + room);
     if (sink.data) std::memset(sink.data, '#', static_cast<std::size_t>(before + room));
     sink.cursor = before;
-    sink.size = before + behind;
+    sink.size = before + cutOff;
     MLDocOut out(setting.format);
     out.setCompactMode(setting.compact);
     out.setTabSize(setting.tabSize);
@@ -49,12 +49,12 @@ std::string written(MLDocOut::BagWriter& sink, const Setting& setting, int befor
            std::to_string(out.state);
 }
 
-void expectSame(const Setting& setting, int before, int room, int behind, const Calls& calls) {
+void expectSame(const Setting& setting, int before, int room, int cutOff, const Calls& calls) {
     MLDocOut::BagWriter place;
     OwnSink own;
-    ASSERT_EQ(written(own, setting, before, room, behind, calls), written(place, setting, before, room, behind, calls))
+    ASSERT_EQ(written(own, setting, before, room, cutOff, calls), written(place, setting, before, room, cutOff, calls))
         << "setting at line " << setting.line << ", form " << setting.format << ", before " << before << ", room "
-        << room << ", behind " << behind;
+        << room << ", cut off " << cutOff;
 }
 
 // Every kind of entry, in every order that changes its lead, three levels deep.

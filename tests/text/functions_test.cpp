@@ -372,6 +372,24 @@ void expectCompared(Room& room, Room& other, const std::string& a, const std::st
     }
 }
 
+// Patterns and single bytes, searched for without case.
+void expectAllFound(unsigned seed) {
+    Room room;
+    std::mt19937 random(seed);
+    forEachText(seed + 1, [&](const std::string& text) {
+        if (text.empty()) return;
+        for (const std::string& pattern : patternsFor(text, random)) {
+            char* const b = room.atEnd(text);
+            ASSERT_EQ(placeIn(b, folded(text), folded(pattern)),
+                      strfind_i_ascii(b, text.size(), pattern.data(), pattern.size()))
+                << shown(text) << shown(pattern);
+            ASSERT_EQ(placeIn(b, folded(text), folded(pattern.substr(0, 1))),
+                      strfind_i_ascii(b, b + text.size(), pattern[0]))
+                << shown(text) << shown(pattern);
+        }
+    });
+}
+
 // The same text in other cases, with one other byte at some place.
 void expectAllCompared(unsigned seed) {
     Room room, other;
@@ -405,20 +423,7 @@ TEST_P(TextFunctionsTest, CompareWithoutCaseAsTheTablesSay) {
 TEST_P(TextFunctionsTest, FindWithoutCaseAsTheTablesSay) {
     const TableScope<unsigned char> one(chr_upper_table_ascii, 0xE2, 0xC2), two(chr_upper_table_ascii, 0xA9, 0x89);
     const TableScope<unsigned char> letter(chr_upper_table_ascii, 0xBF, 'A');
-    Room room;
-    std::mt19937 random(12);
-    forEachText(13, [&](const std::string& text) {
-        if (text.empty()) return;
-        for (const std::string& pattern : patternsFor(text, random)) {
-            char* const b = room.atEnd(text);
-            ASSERT_EQ(placeIn(b, folded(text), folded(pattern)),
-                      strfind_i_ascii(b, text.size(), pattern.data(), pattern.size()))
-                << shown(text) << shown(pattern);
-            ASSERT_EQ(placeIn(b, folded(text), folded(pattern.substr(0, 1))),
-                      strfind_i_ascii(b, b + text.size(), pattern[0]))
-                << shown(text) << shown(pattern);
-        }
-    });
+    expectAllFound(12);
 }
 
 void expectAllFolded() {
@@ -462,17 +467,7 @@ TEST_P(TextFunctionsTest, FollowTheTablesWhereTheyAreNotThoseOfAscii) {
     const TableScope<unsigned char> three(chr_lower_table_ascii, '[', '{');
     expectAllCompared(15);
     expectAllFolded();
-    Room room;
-    std::mt19937 random(16);
-    forEachText(17, [&](const std::string& text) {
-        if (text.empty()) return;
-        for (const std::string& pattern : patternsFor(text, random)) {
-            char* const b = room.atEnd(text);
-            ASSERT_EQ(placeIn(b, folded(text), folded(pattern)),
-                      strfind_i_ascii(b, text.size(), pattern.data(), pattern.size()))
-                << shown(text) << shown(pattern);
-        }
-    });
+    expectAllFound(16);
 }
 
 // --- Comparing and finding UTF-8 without case, against the rules as they are written ---

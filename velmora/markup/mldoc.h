@@ -17,7 +17,7 @@
 // a token, its strings and words are attributes, its arrays hold child objects. YAML: "key: value" lines and lists of
 // records.
 // Warning: JSON and YAML are read from the stream itself. Read a token's attributes in one pass and before its
-// children; attributes that stand behind a child list are passed over (JSON) or refused (YAML).
+// children; attributes after a child list are passed over (JSON) or refused (YAML).
 //
 // Failure: a malformed document throws a TTT that holds the key alone. Call formMessage to add file and place; the
 // walk is not resumed. Lifetime: views stay valid until release, steal, the next load or destruction.
@@ -65,8 +65,8 @@ public:
     static const std::uint64_t TokenNameMax = 512;
     static const std::uint64_t AttributeNameMax = 512;
 
-    // The cursor of a walk, owned by the caller. One token serves a whole walk. Warning: a failure leaves what was set
-    // by then; a view of it may have its new begin and its former end, so none may be used.
+    // The cursor of a walk, owned by the caller. One token serves a whole walk. Warning: after a failure
+    // do not use its views: one may have a new begin and an old end.
     struct VELMORA_API Token {
         ChPair name;           // not set for comments and declarations: the previous name stays
         ChPair body;           // XML: the tag, '<' to '>'. A null begin marks a token that was never stepped
@@ -203,8 +203,8 @@ public:
     void convertEscape(const ChPair& value, std::string& out) const;
     void convertEscape(const ChPair& value, TTT& out) const;
 
-    // Typed values of a view, parsed as it stands: nothing is unescaped. The grammars, bounds and further keys are
-    // those of ChPair's members of like names. Failures carry no place. An attribute that is missing, and an empty one,
+    // Typed values of a view. Its bytes are parsed undecoded. The grammars, bounds and further keys are those of
+    // ChPair's members of like names. Failures carry no place. An attribute that is missing, and an empty one,
     // is refused by each as any text that is no value; only getString and getFlags take it, as empty text and 0. For a
     // default, ask the view first.
     // Throws: LCA__Too_long_string unless the value and a terminator fit into `size` bytes.

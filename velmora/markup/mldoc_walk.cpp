@@ -1,5 +1,5 @@
-// Walking: iterators over children and attributes, and the look-ups that stand on them. All of it works through step
-// and attribute, whatever the format.
+// Walking: iterators over children and attributes, and the look-ups that use them. All of it calls step and attribute,
+// so that it knows no format.
 #include <algorithm>
 
 #include <velmora/localization/keys.h>

@@ -1,5 +1,5 @@
-// YAML by lines: "key: value" lines and lists of records. get_yaml_line reads one line ahead into the yaml fields,
-// where it stays until it has been dealt with, because only a later line tells that a token has ended. States:
+// YAML by lines: "key: value" lines and lists of records. get_yaml_line reads one line ahead into the yaml fields
+// and keeps it there until it is used, because only a later line shows that a token has ended. States:
 //
 //     0  nothing delivered                       4  a closing token went out, the pending line is still to be judged
 //     1  a line is pending, no attribute         6  the input has ended, closing tokens remain

@@ -12,7 +12,7 @@
 //
 // Lines end in CR LF on every system until setEOLN says otherwise. Values with control bytes do not come back as they
 // were: XML reads them as blanks, JSON and YAML write \n and its like, which MLDoc does not decode. A cell of CSV
-// stands in double quotes with the escapes of JSON.
+// is written in double quotes with the escapes of JSON.
 // Order within an item: attributes, then children or (XML) content. A document has one root item; the row forms take
 // any number. Names go out as they stand. Limit: what is written around a name is cut to 4,096 bytes.
 // Warning: in compact JSON a child behind an attribute still starts a line. In CSV, the separator of an item crosses

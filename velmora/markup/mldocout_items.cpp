@@ -1,6 +1,6 @@
 // Items. A JSON or YAML element has no name but its key, and the same name may come many times: so each child is an
 // element of an array named after it, and consecutive children of one name share the array. Only the next beginItem
-// tells whether an array goes on or ends, which is what `lastName` is kept for.
+// decides whether an array goes on or ends: `lastName` is kept until then.
 #include <cstring>
 #include <type_traits>
 
